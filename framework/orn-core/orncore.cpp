@@ -1,0 +1,3 @@
+#include "orncore.h"
+
+OrnCore::~OrnCore() = default;
