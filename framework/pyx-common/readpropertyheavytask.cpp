@@ -14,6 +14,11 @@ ReadPropertyHeavyTask::~ReadPropertyHeavyTask()
     delete elementData;
 }
 
+Element *ReadPropertyHeavyTask::element() const
+{
+    return m_element;
+}
+
 // A failed reading is shown by the task runner; handing its partial record to the form would
 // show defaults as if they were the host's state.
 void ReadPropertyHeavyTask::afterRun()

@@ -16,7 +16,7 @@ public:
     ~ReadPropertyHeavyTask() override;
     void afterRun() override;
 
-    Element *element() const { return m_element; }
+    Element *element() const;
 
     ElementData *elementData = nullptr;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "pyx_common_export.h"
 #include "taskdescription.h"
 
 #include <QObject>
