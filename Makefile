@@ -34,12 +34,6 @@ build: deps
 check: build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j$(JOBS)
 
+# Runs the console on the simulated host: interactive with a display, screenshots without one.
 demo: build
-	@if [ -n "$$DISPLAY$$WAYLAND_DISPLAY" ]; then \
-	    $(BUILD_DIR)/bin/pyx-console; \
-	else \
-	    mkdir -p "$(SCREENSHOTS)"; \
-	    QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bin/pyx-console \
-	        --screenshot "$(SCREENSHOTS)/01-console.png" && \
-	    echo "No display: the console was rendered to $(SCREENSHOTS)/01-console.png"; \
-	fi
+	BUILD_DIR=$(BUILD_DIR) sandbox/demo "$(SCREENSHOTS)"

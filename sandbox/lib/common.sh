@@ -1,0 +1,51 @@
+# Sourced by every simulated tool. The tools live in a run's work folder next to its `config`;
+# /usr/bin/vex-wmfunc is a link to one of them, so the link is followed to find it.
+SANDBOX_WORK=$(dirname "$(dirname "$(readlink -f "$0")")")
+# shellcheck source=/dev/null
+. "$SANDBOX_WORK/config"
+
+# Appends one line per call to the run's log: the tool, each argument in brackets, then each
+# named variable in braces ({NAME=value}, or {NAME} when it is unset). Line feeds inside
+# values are written as \n so that one call stays one line.
+#   sandbox_log TOOL "VAR…" ARG…
+sandbox_log() {
+    local line=$1 names=$2 arg name
+    shift 2
+    for arg in "$@"; do
+        line+=" [${arg//$'\n'/\\n}]"
+    done
+    for name in $names; do
+        if [ -n "${!name+set}" ]; then
+            arg=${!name}
+            line+=" {$name=${arg//$'\n'/\\n}}"
+        else
+            line+=" {$name}"
+        fi
+    done
+    printf '%s\n' "$line" >>"$SANDBOX_LOG"
+}
+
+# The tool's failure mode: SANDBOX_MODE_<TOOL> (upper case, _ for -) from the caller's
+# environment, else what the run was started with, else ok.
+sandbox_mode() {
+    local name
+    name=SANDBOX_MODE_$(printf '%s' "$1" | tr 'a-z-' 'A-Z_')
+    printf '%s' "${!name:-ok}"
+}
+
+# Acts on the modes every tool knows; returns for ok and for modes the tool handles itself.
+sandbox_apply_mode() {
+    case $1 in
+    exit:*)
+        exit "${1#exit:}"
+        ;;
+    crash)
+        # The host writes core files into the working folder; a rehearsal wants none.
+        ulimit -c 0
+        kill -SEGV $$
+        ;;
+    hang)
+        exec sleep infinity
+        ;;
+    esac
+}
