@@ -22,7 +22,7 @@ ConsoleWindow::ConsoleWindow(NodeTreeModel *model, QWidget *parent)
     , m_placeholder(new QLabel)
 {
     setWindowTitle(tr("System management console[*]"));
-    resize(960, 640);
+    resize(1100, 700);
 
     m_tree->setModel(model);
     m_tree->header()->hide();
@@ -36,7 +36,7 @@ ConsoleWindow::ConsoleWindow(NodeTreeModel *model, QWidget *parent)
     splitter->addWidget(m_tree);
     splitter->addWidget(m_editors);
     splitter->setStretchFactor(1, 1);
-    splitter->setSizes({280, 680});
+    splitter->setSizes({300, 800});
     setCentralWidget(splitter);
     statusBar()->showMessage(tr("Ready"));
 

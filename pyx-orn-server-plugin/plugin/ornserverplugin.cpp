@@ -1,5 +1,6 @@
 #include "ornserverplugin.h"
 
+#include "ornservicemodule.h"
 #include "packagestatus.h"
 
 OrnServerPlugin::OrnServerPlugin(QObject *parent)
@@ -8,6 +9,7 @@ OrnServerPlugin::OrnServerPlugin(QObject *parent)
     interfaceVersion = 1;
     name = tr("OrnServerPlugin");
     description = tr("Support ORN server");
+    modules.append(new OrnServiceModule(this));
 }
 
 bool OrnServerPlugin::isValid() const

@@ -1,6 +1,4 @@
 #include "hostorncore.h"
-#include "orncore.h"
-#include "pyxorncore.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -13,8 +11,6 @@ class TestOrnCore : public QObject
 private slots:
     void readsTheConfiguration_data();
     void readsTheConfiguration();
-    void refreshSeesNewState();
-    void accessPointHoldsOneCore();
 };
 
 namespace {
@@ -62,33 +58,6 @@ void TestOrnCore::readsTheConfiguration()
     QTEST(core.isServer(), "server");
     QTEST(core.isServerOn(), "on");
     QTEST(core.isConfigured(), "configured");
-}
-
-void TestOrnCore::refreshSeesNewState()
-{
-    QTemporaryDir dir;
-    HostOrnCore core(dir.path());
-    QVERIFY(!core.isConfigured());
-    write(dir.filePath(QStringLiteral("orn.conf")), "domain = a.lan\nrole = dc\n");
-    write(dir.filePath(QStringLiteral("server.state")), "on\n");
-    QVERIFY(!core.isServerOn());
-    QVERIFY(core.refresh());
-    QVERIFY(core.isServerOn());
-    QCOMPARE(core.domainName(), std::string(".a.lan"));
-}
-
-void TestOrnCore::accessPointHoldsOneCore()
-{
-    PyxOrnCore *access = PyxOrnCore::instance();
-    QCOMPARE(access, PyxOrnCore::instance());
-    QCOMPARE(access->ornCore(), nullptr);
-    QTemporaryDir dir;
-    auto core = std::make_unique<HostOrnCore>(dir.path());
-    OrnCore *raw = core.get();
-    access->setOrnCore(std::move(core));
-    QCOMPARE(access->ornCore(), raw);
-    access->setOrnCore(nullptr);
-    QCOMPARE(access->ornCore(), nullptr);
 }
 
 QTEST_GUILESS_MAIN(TestOrnCore)

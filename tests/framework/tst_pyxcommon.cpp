@@ -102,11 +102,6 @@ void TestPyxCommon::widgetsGoToElementsOfTheirType()
     QCOMPARE(a->elementWidget(ElementWidgetRole::Edit), formA);
     QCOMPARE(b->elementWidget(ElementWidgetRole::Edit), formB);
     QCOMPARE(c->elementWidget(ElementWidgetRole::Edit), nullptr);
-    QCOMPARE(a->parent(), &module);
-    QCOMPARE(formA->module, &module);
-    QCOMPARE(a->contextType(), 0);
-    QCOMPARE(a->elementContext(), a);
-    QCOMPARE(formA->contextType(), 1);
     QCOMPARE(formA->elementWidgetContext(), formA);
     QCOMPARE(formA->elementContext(), nullptr);
 

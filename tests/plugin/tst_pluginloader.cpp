@@ -79,6 +79,8 @@ void TestPluginLoader::instanceIsTheOrnServerPlugin()
     QCOMPARE(plugin->name, QStringLiteral("OrnServerPlugin"));
     QCOMPARE(plugin->description, QStringLiteral("Support ORN server"));
     QVERIFY(plugin->isValid());
+    QCOMPARE(plugin->modules.size(), 1);
+    QCOMPARE(plugin->modules.first()->typeName, QStringLiteral("OrnServerModule"));
 
     QPluginLoader second(QStringLiteral(PYX_PLUGIN_FILE));
     QCOMPARE(second.instance(), instance);
@@ -123,12 +125,16 @@ void TestPluginLoader::registryDisablesWhenPackagesAreMissing()
     QVERIFY(!entry.enabled);
     QCOMPARE(entry.reason, QStringLiteral("The plug-in cannot work on this machine"));
 
+    // Listed, and its module and element greyed out with the reason.
     NodeTreeModel model;
     model.addPlugins(registry);
-    QCOMPARE(model.rowCount(), 1);
-    const QModelIndex listed = model.index(0, 0);
-    QVERIFY(!(model.flags(listed) & Qt::ItemIsEnabled));
-    QCOMPARE(model.data(listed, Qt::ToolTipRole).toString(), entry.reason);
+    QCOMPARE(model.rowCount(), 2);
+    const QModelIndex element = model.indexOfType(QStringLiteral("OrnServer"));
+    QVERIFY(element.isValid());
+    for (const QModelIndex &index : {model.index(0, 0), model.index(1, 0), element}) {
+        QVERIFY(!(model.flags(index) & Qt::ItemIsEnabled));
+        QCOMPARE(model.data(index, Qt::ToolTipRole).toString(), entry.reason);
+    }
 }
 
 void TestPluginLoader::consoleListsTheReason()
