@@ -1,10 +1,4 @@
-#include "consolewindow.h"
-#include "hostorncore.h"
-#include "nodetreemodel.h"
-#include "orndomainelement.h"
-#include "orndomainmodule.h"
-#include "pluginregistry.h"
-#include "pyxorncore.h"
+#include "consolesession.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -63,28 +57,21 @@ int main(int argc, char *argv[])
     parser.addOptions({pluginDir, open, screenshot, withoutCore, loggedIn, listPlugins});
     parser.process(app);
 
-    if (!parser.isSet(withoutCore))
-        PyxOrnCore::instance()->setOrnCore(std::make_unique<HostOrnCore>());
-
-    NodeTreeModel model;
-    OrnDomainModule domain(nullptr);
-    if (parser.isSet(loggedIn))
-        domain.domainElement()->performOperation(OperationType::Login, nullptr, 0);
-    model.addModule(&domain);
-
-    PluginRegistry registry;
-    registry.loadFolder(parser.value(pluginDir));
+    ConsoleSession::Options options;
+    options.pluginDir = parser.value(pluginDir);
+    options.withCore = !parser.isSet(withoutCore);
+    options.domainLogin = parser.isSet(loggedIn);
+    ConsoleSession session(options);
     if (parser.isSet(listPlugins)) {
         QTextStream out(stdout);
-        for (const PluginEntry &entry : registry.entries()) {
+        for (const PluginEntry &entry : session.registry().entries()) {
             out << entry.fileName << '\t'
                 << (entry.enabled ? QStringLiteral("enabled") : entry.reason) << '\n';
         }
         return 0;
     }
-    model.addPlugins(registry);
 
-    ConsoleWindow window(&model);
+    ConsoleWindow &window = session.window();
     if (parser.isSet(open) && !window.openType(parser.value(open))) {
         std::fprintf(stderr, "%s\n",
                      qPrintable(QApplication::translate("main", "No element of type %1.")

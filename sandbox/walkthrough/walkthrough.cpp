@@ -1,0 +1,186 @@
+#include "walkthrough.h"
+
+#include "consolewindow.h"
+#include "element.h"
+#include "elementwidget.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPainter>
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int stepLimitMs = 60000;
+
+QMessageBox *messageBox(QMessageBox::Icon icon)
+{
+    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+    return box && box->icon() == icon ? box : nullptr;
+}
+
+QWidget *initDialog()
+{
+    QWidget *modal = QApplication::activeModalWidget();
+    return modal && modal->inherits("InitServerDialog") ? modal : nullptr;
+}
+
+// The click opens a modal loop of its own; it must not run inside our poll.
+void press(QAbstractButton *button)
+{
+    if (button)
+        QMetaObject::invokeMethod(button, "click", Qt::QueuedConnection);
+}
+
+} // namespace
+
+Walkthrough::Walkthrough(ConsoleWindow &window, const QString &folder)
+    : m_window(window)
+    , m_folder(folder)
+{
+    connect(&window, &ConsoleWindow::currentElementSettled, this, [this] { m_settled = true; });
+    m_timer.setInterval(50);
+    connect(&m_timer, &QTimer::timeout, this, &Walkthrough::poll);
+
+    auto createButton = [this] { return formControl<QPushButton>("_initServerPushButton"); };
+    auto status = [this] { return formControl<QLabel>("_statusLabel")->text(); };
+
+    m_steps = {
+        {QStringLiteral("01-form-as-read.png"),
+         [this, status] { return m_settled && !status().isEmpty(); },
+         [createButton] { press(createButton()); }},
+        {QStringLiteral("02-error-for-an-empty-form.png"),
+         [] { return messageBox(QMessageBox::Critical) != nullptr; },
+         [] { press(messageBox(QMessageBox::Critical)->button(QMessageBox::Ok)); }},
+        {QString(), [] { return QApplication::activeModalWidget() == nullptr; },
+         [this] {
+             for (const char *name : {"_kerberosPasswordLineEdit", "_repeatKerberosPasswordLineEdit"})
+                 formControl<QLineEdit>(name)->setText(QStringLiteral("Kerberos-2026"));
+             for (const char *name : {"_adminPasswordLineEdit", "_repeatAdminPasswordLineEdit"})
+                 formControl<QLineEdit>(name)->setText(QStringLiteral("Admin-2026"));
+             formControl<QGroupBox>("_networkGroupBox")->setChecked(true);
+             formControl<QLineEdit>("_hostnameLineEdit")->setText(QStringLiteral("dc1"));
+             formControl<QLineEdit>("_domainNameLineEdit")->setText(QStringLiteral(".corp.lan"));
+         }},
+        {QStringLiteral("03-filled-with-custom-network-settings.png"),
+         [this] {
+             return formControl<QLabel>("_serverNameLabel")->text()
+                    == QLatin1String("dc1.corp.lan");
+         },
+         [createButton] { press(createButton()); }},
+        {QStringLiteral("04-destruction-warning.png"),
+         [] { return messageBox(QMessageBox::Warning) != nullptr; },
+         [] { press(messageBox(QMessageBox::Warning)->button(QMessageBox::Yes)); }},
+        {QStringLiteral("05-initialisation-streaming.png"),
+         [] {
+             QWidget *dialog = initDialog();
+             return dialog
+                    && dialog->findChild<QPlainTextEdit *>(QStringLiteral("_plainTextEdit"))
+                               ->blockCount()
+                           >= 8;
+         },
+         [] {}},
+        {QStringLiteral("06-initialisation-finished.png"),
+         [] {
+             QWidget *dialog = initDialog();
+             return dialog
+                    && dialog->findChild<QDialogButtonBox *>(QStringLiteral("_buttonBox"))
+                           ->button(QDialogButtonBox::Close);
+         },
+         [] {
+             press(initDialog()
+                       ->findChild<QDialogButtonBox *>(QStringLiteral("_buttonBox"))
+                       ->button(QDialogButtonBox::Close));
+         }},
+        {QStringLiteral("07-reboot-question.png"),
+         [] { return messageBox(QMessageBox::Question) != nullptr; },
+         [this] {
+             m_settled = false;
+             press(messageBox(QMessageBox::Question)->button(QMessageBox::Yes));
+         }},
+        {QStringLiteral("08-form-after-the-re-read.png"),
+         [this, status] {
+             return !QApplication::activeModalWidget() && m_settled
+                    && status() == QCoreApplication::translate("OrnServerWidget", "on");
+         },
+         [] { QApplication::exit(0); }},
+    };
+}
+
+void Walkthrough::start()
+{
+    QDir().mkpath(m_folder);
+    if (!m_window.openType(QStringLiteral("OrnServer"))) {
+        std::fprintf(stderr, "walkthrough: the console has no ORN server element\n");
+        QApplication::exit(1);
+        return;
+    }
+    m_stepClock.start();
+    m_timer.start();
+}
+
+void Walkthrough::poll()
+{
+    if (m_current >= m_steps.size())
+        return;
+    const Step &step = m_steps.at(m_current);
+    if (!step.ready()) {
+        if (m_stepClock.elapsed() > stepLimitMs) {
+            std::fprintf(stderr, "walkthrough: gave up waiting for step %d\n", m_current + 1);
+            photograph(QStringLiteral("failed-step-%1.png").arg(m_current + 1));
+            m_timer.stop();
+            QApplication::exit(1);
+        }
+        return;
+    }
+    if (!step.picture.isEmpty() && !photograph(step.picture)) {
+        m_timer.stop();
+        QApplication::exit(1);
+        return;
+    }
+    ++m_current;
+    m_stepClock.restart();
+    step.act();
+}
+
+// Offscreen there is no window manager to compose the screen, so a modal window is painted
+// over the centre of the console as it would appear.
+bool Walkthrough::photograph(const QString &picture)
+{
+    QImage image = m_window.grab().toImage();
+    if (QWidget *modal = QApplication::activeModalWidget()) {
+        const QImage top = modal->grab().toImage();
+        QPainter painter(&image);
+        painter.fillRect(image.rect(), QColor(0, 0, 0, 60));
+        painter.drawImage((image.width() - top.width()) / 2, (image.height() - top.height()) / 2,
+                          top);
+    }
+    const QString file = QDir(m_folder).filePath(picture);
+    if (!image.save(file)) {
+        std::fprintf(stderr, "walkthrough: cannot write %s\n", qPrintable(file));
+        return false;
+    }
+    std::printf("%s\n", qPrintable(file));
+    std::fflush(stdout);
+    return true;
+}
+
+QWidget *Walkthrough::form() const
+{
+    Element *element = m_window.currentElement();
+    return element ? element->elementWidget(ElementWidgetRole::Edit) : nullptr;
+}
+
+template<typename T> T *Walkthrough::formControl(const char *name) const
+{
+    return form()->findChild<T *>(QLatin1String(name));
+}
