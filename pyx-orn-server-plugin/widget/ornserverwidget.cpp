@@ -2,10 +2,15 @@
 
 #include "ui_ornserverwidget.h"
 
+#include "element.h"
 #include "elementdata.h"
+#include "initrequest.h"
+#include "initserverdialog.h"
 #include "serverproperties.h"
 
+#include <QMessageBox>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QRegularExpression>
 
 namespace {
@@ -126,7 +131,89 @@ void OrnServerWidget::editOrnConf()
     startTool(QStringLiteral("kate /etc/orn/orn.conf"));
 }
 
-void OrnServerWidget::createServer() {}
+void OrnServerWidget::createServer()
+{
+    const QStringList errors = checkDataForCreateServer();
+    if (!errors.isEmpty()) {
+        QMessageBox::critical(this, tr("Error"), errors.join(QLatin1Char('\n')), QMessageBox::Ok,
+                              QMessageBox::NoButton);
+        return;
+    }
+    const QMessageBox::StandardButton answer = QMessageBox::warning(
+        this, tr("Warning"),
+        tr("The creation of the server will destroy the entire database LDAP and Kerberos! Also "
+           "during execution of this command can be stopped and restarted LDAP, Kerberos "
+           "NFS/Samba and some other services!\nDo you really want to continue?"),
+        QMessageBox::Yes | QMessageBox::No, QMessageBox::NoButton);
+    if (answer == QMessageBox::No)
+        return;
+
+    // The domain session would hold on to the directory that is about to be replaced.
+    Element *own = element();
+    auto *parentElement = qobject_cast<Element *>(own ? own->parentNode() : nullptr);
+    if (parentElement && parentElement->elementData()
+        && parentElement->elementData()->properties.value(QStringLiteral("isLogin"), false)
+               .toBool())
+        parentElement->performOperation(OperationType::Logout, nullptr, 0);
+
+    const bool custom = _ui->_networkGroupBox->isChecked();
+    const QMap<QString, QVariant> request = InitRequest::make(
+        _ui->_kerberosPasswordLineEdit->text(), _ui->_adminPasswordLineEdit->text(), custom,
+        _ui->_ipComboBox->currentText(), _ui->_hostnameLineEdit->text(),
+        _ui->_serverNameLabel->text());
+
+    InitServerDialog dialog(request, this);
+    bool hostnameChanged = false;
+    bool created = false;
+    // Connected before exec: the host name is set before the window appears.
+    connect(&dialog, &InitServerDialog::hostnameChanged, this,
+            [&hostnameChanged] { hostnameChanged = true; });
+    connect(&dialog, &InitServerDialog::serverCreatedSuccsessfully, this,
+            [&created] { created = true; });
+    dialog.exec();
+
+    _ui->_kerberosPasswordLineEdit->clear();
+    _ui->_repeatKerberosPasswordLineEdit->clear();
+    _ui->_adminPasswordLineEdit->clear();
+    _ui->_repeatAdminPasswordLineEdit->clear();
+
+    if (contextElement)
+        contextElement->elementContext()->performOperation(OperationType::Read, nullptr, 0);
+
+    if (!hostnameChanged)
+        return;
+    if (!created) {
+        QMessageBox::warning(this, tr("Warning"),
+                             tr("Hostname was changed but server initialization was not "
+                                "successful. After correctly configuring server recommended to "
+                                "reboot."),
+                             QMessageBox::Ok, QMessageBox::NoButton);
+        return;
+    }
+    if (QMessageBox::question(this, tr("Reboot"),
+                              tr("Hostname was changed. For correct operation of the system you "
+                                 "must reboot.\nDo you want reboot now?"),
+                              QMessageBox::Yes | QMessageBox::No, QMessageBox::NoButton)
+        == QMessageBox::Yes)
+        reboot();
+}
+
+// The window manager reboots on behalf of the desktop user who started the console through
+// sudo; it finds that user's session through the runtime folder.
+void OrnServerWidget::reboot()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    const QString user = QString::fromLatin1(qgetenv("SUDO_UID"));
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), QStringLiteral("/run/user/%1").arg(user));
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral("/usr/bin/vex-wmfunc"), {QStringLiteral("VEXWM_REBOOT")},
+                  QIODevice::ReadWrite);
+    if (!process.waitForFinished(30000) && process.state() != QProcess::NotRunning) {
+        process.kill();
+        process.waitForFinished();
+    }
+}
 
 QStringList OrnServerWidget::checkDataForCreateServer()
 {

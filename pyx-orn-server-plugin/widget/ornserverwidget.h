@@ -31,6 +31,7 @@ private slots:
 
 private:
     QString checkPassword(const QString &password);
+    void reboot();
 
     Ui::OrnServerWidget *_ui;
 };

@@ -89,13 +89,19 @@ Walkthrough::Walkthrough(ConsoleWindow &window, const QString &folder)
                            >= 8;
          },
          [] {}},
-        {QStringLiteral("06-initialisation-finished.png"),
+        {QString(),
          [] {
              QWidget *dialog = initDialog();
              return dialog
                     && dialog->findChild<QDialogButtonBox *>(QStringLiteral("_buttonBox"))
                            ->button(QDialogButtonBox::Close);
          },
+         [] {
+             auto *pane = initDialog()->findChild<QPlainTextEdit *>(QStringLiteral("_plainTextEdit"));
+             pane->moveCursor(QTextCursor::End);
+             pane->ensureCursorVisible();
+         }},
+        {QStringLiteral("06-initialisation-finished.png"), [] { return true; },
          [] {
              press(initDialog()
                        ->findChild<QDialogButtonBox *>(QStringLiteral("_buttonBox"))
