@@ -2,6 +2,7 @@
 // program runs itself again inside, so that nothing it starts reaches the real desktop.
 #include "ornserverwidget.h"
 
+#include "insidesandbox.h"
 #include "module.h"
 
 #include <QtTest>
@@ -93,23 +94,11 @@ private slots:
 
 int main(int argc, char *argv[])
 {
-    if (qEnvironmentVariableIsEmpty("SANDBOX_LOG")) {
-        // Outside the simulated host: run again inside it, with a display its tools can report.
-        QCoreApplication app(argc, argv);
-        QProcess inside;
-        inside.setProcessChannelMode(QProcess::ForwardedChannels);
-        inside.start(QStringLiteral(PYX_SANDBOX_DIR "/run"),
-                     QStringList{"--env", "DISPLAY=:7", "--unset", "WAYLAND_DISPLAY", "--env",
-                                 "QT_QPA_PLATFORM=offscreen", "--", app.applicationFilePath()} +
-                         app.arguments().mid(1));
-        if (!inside.waitForFinished(100000)) {
-            inside.kill();
-            inside.waitForFinished();
-            return 1;
-        }
-        // 77, no namespaces here, passes through as a skip.
-        return inside.exitStatus() == QProcess::NormalExit ? inside.exitCode() : 1;
-    }
+    // Inside, with a display its tools can report.
+    const int inner = runInsideSandbox(
+        argc, argv, {"--env", "DISPLAY=:7", "--unset", "WAYLAND_DISPLAY"});
+    if (inner >= 0)
+        return inner;
     QApplication app(argc, argv);
     TestWidgetLaunchers test;
     return QTest::qExec(&test, argc, argv);

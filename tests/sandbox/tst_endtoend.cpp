@@ -1,0 +1,72 @@
+// A whole creation through the real console and the real plug-in on the simulated host, checked
+// afterwards the way an administrator would check the machine.
+#include "sandboxprocess.h"
+
+#include <QHostAddress>
+#include <QNetworkInterface>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class TestEndToEnd : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void createWithCustomNetworkSettings();
+};
+
+namespace {
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// The address the form offers first, by the same rule as the reading of the host.
+QString offeredAddress()
+{
+    for (const QHostAddress &address : QNetworkInterface::allAddresses()) {
+        if (address.protocol() == QAbstractSocket::IPv4Protocol
+            && address != QHostAddress(QHostAddress::LocalHost))
+            return address.toString();
+    }
+    return {};
+}
+
+} // namespace
+
+void TestEndToEnd::createWithCustomNetworkSettings()
+{
+    if (!sandboxAvailable())
+        QSKIP("the sandbox cannot run here");
+    const SandboxRun seed = runSandbox({}, {QStringLiteral("cat"), QStringLiteral("/etc/hosts")});
+    QCOMPARE(seed.exitCode, 0);
+
+    QTemporaryDir state;
+    const SandboxRun run = runSandbox(
+        {QStringLiteral("--state-dir"), state.path(), QStringLiteral("--orn-init-duration"),
+         QStringLiteral("0"), QStringLiteral("--env"), QStringLiteral("SUDO_UID=1000"),
+         QStringLiteral("--env"), QStringLiteral("QT_QPA_PLATFORM=offscreen")},
+        {QStringLiteral(PYX_WALKTHROUGH), QStringLiteral(PYX_PLUGIN_DIR),
+         state.filePath(QStringLiteral("pictures"))});
+    // The walkthrough ends with 0 only once the re-read form says the server is on.
+    QVERIFY2(run.exitCode == 0, run.err.constData());
+    QCOMPARE(QDir(state.filePath(QStringLiteral("pictures"))).entryList(QDir::Files).size(), 8);
+
+    QCOMPARE(readFile(state.filePath(QStringLiteral("hostname"))).trimmed(), QByteArray("dc1"));
+    // No line names the new host yet, so its entry is added and every other line stays.
+    const QByteArray expected = seed.out + offeredAddress().toUtf8() + " dc1.corp.lan dc1\n";
+    QCOMPARE(readFile(state.filePath(QStringLiteral("etc/hosts"))), expected);
+    QVERIFY(!QFile::exists(state.filePath(QStringLiteral("etc/orn/tempFile"))));
+    QVERIFY(readFile(state.filePath(QStringLiteral("etc/orn/orn.conf"))).contains("corp.lan"));
+
+    const QByteArray log = readFile(state.filePath(QStringLiteral("log")));
+    QVERIFY(log.contains("hostnamectl [set-hostname] [dc1]\n"));
+    QVERIFY(log.contains("orn-init [init] [--force] [--pass-file=/etc/orn/tempFile]\n"));
+    QVERIFY(log.contains("vex-wmfunc [VEXWM_REBOOT] {XDG_RUNTIME_DIR=/run/user/1000}\n"));
+    QVERIFY(!log.contains("Kerberos-2026") && !log.contains("Admin-2026"));
+}
+
+QTEST_GUILESS_MAIN(TestEndToEnd)
+#include "tst_endtoend.moc"
