@@ -13,6 +13,37 @@
     </message>
 </context>
 <context>
+    <name>InitServerDialog</name>
+    <message>
+        <source>Process start error</source>
+        <translation>Ошибка запуска процесса</translation>
+    </message>
+    <message>
+        <source>Process finish error</source>
+        <translation>Ошибка завершения процесса</translation>
+    </message>
+    <message>
+        <source>File %1 can not be opened</source>
+        <translation>Не удалось открыть файл %1</translation>
+    </message>
+    <message>
+        <source>Write error in file %1</source>
+        <translation>Ошибка записи в файл %1</translation>
+    </message>
+    <message>
+        <source>File %1 can not be created</source>
+        <translation>Не удалось создать файл %1</translation>
+    </message>
+    <message>
+        <source>Error set permissions for file %1</source>
+        <translation>Ошибка установки прав доступа к файлу %1</translation>
+    </message>
+    <message>
+        <source>Initialization ORN server</source>
+        <translation>Инициализация сервера ORN</translation>
+    </message>
+</context>
+<context>
     <name>Module</name>
     <message>
         <source>Module for ORN server creating</source>
@@ -123,6 +154,54 @@
     <message>
         <source>File /etc/hosts always should contain a server IP address, domain and hostname.</source>
         <translation>Файл /etc/hosts всегда должен содержать IP-адрес сервера, домен и имя узла.</translation>
+    </message>
+    <message>
+        <source>Re-create server</source>
+        <translation>Пересоздать сервер</translation>
+    </message>
+    <message>
+        <source>on</source>
+        <translation>запущен</translation>
+    </message>
+    <message>
+        <source>off</source>
+        <translation>остановлен</translation>
+    </message>
+    <message>
+        <source>ORN server will be created with support of mandatory labes</source>
+        <translation>Сервер ORN будет создан с поддержкой мандатных меток</translation>
+    </message>
+    <message>
+        <source>ORN server will be created without support of mandatory labes (package required orn-server-common)</source>
+        <translation>Сервер ORN будет создан без поддержки мандатных меток (требуется пакет orn-server-common)</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>Ошибка</translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation>Предупреждение</translation>
+    </message>
+    <message>
+        <source>The creation of the server will destroy the entire database LDAP and Kerberos! Also during execution of this command can be stopped and restarted LDAP, Kerberos NFS/Samba and some other services!
+Do you really want to continue?</source>
+        <translation>Создание сервера уничтожит всю базу данных LDAP и Kerberos! Кроме того, во время выполнения команды могут быть остановлены и перезапущены LDAP, Kerberos, NFS/Samba и некоторые другие службы!
+Вы действительно хотите продолжить?</translation>
+    </message>
+    <message>
+        <source>Hostname was changed but server initialization was not successful. After correctly configuring server recommended to reboot.</source>
+        <translation>Имя узла изменено, но инициализация сервера не удалась. После правильной настройки сервера рекомендуется перезагрузка.</translation>
+    </message>
+    <message>
+        <source>Reboot</source>
+        <translation>Перезагрузка</translation>
+    </message>
+    <message>
+        <source>Hostname was changed. For correct operation of the system you must reboot.
+Do you want reboot now?</source>
+        <translation>Имя узла изменено. Для корректной работы системы необходима перезагрузка.
+Перезагрузить сейчас?</translation>
     </message>
 </context>
 <context>

@@ -1,0 +1,106 @@
+#include "atomicfile.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+bool writeAll(int fd, const QByteArray &bytes)
+{
+    const char *data = bytes.constData();
+    size_t left = size_t(bytes.size());
+    while (left > 0) {
+        const ssize_t written = ::write(fd, data, left);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        data += written;
+        left -= size_t(written);
+    }
+    return true;
+}
+
+bool readAll(int fd, QByteArray *bytes)
+{
+    char buffer[4096];
+    for (;;) {
+        const ssize_t got = ::read(fd, buffer, sizeof buffer);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return false;
+        if (got == 0)
+            return true;
+        bytes->append(buffer, int(got));
+    }
+}
+
+bool rewrite(int fd, const QByteArray &content)
+{
+    return ::lseek(fd, 0, SEEK_SET) == 0 && writeAll(fd, content) &&
+           ::ftruncate(fd, off_t(content.size())) == 0 && ::fsync(fd) == 0;
+}
+
+// The last resort for a file that cannot be replaced: a failed write puts the old bytes back.
+AtomicFile::Result rewriteInPlace(const QByteArray &target, const QByteArray &content)
+{
+    const int fd = ::open(target.constData(), O_RDWR | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0)
+        return AtomicFile::NotOpened;
+    QByteArray old;
+    AtomicFile::Result result = AtomicFile::NotWritten;
+    if (readAll(fd, &old)) {
+        if (rewrite(fd, content))
+            result = AtomicFile::Replaced;
+        else
+            rewrite(fd, old);
+    }
+    ::close(fd);
+    return result;
+}
+
+} // namespace
+
+AtomicFile::Result AtomicFile::replace(const QString &path, const QByteArray &content)
+{
+    char *resolved = ::realpath(QFile::encodeName(path).constData(), nullptr);
+    if (!resolved)
+        return NotOpened;
+    const QByteArray target(resolved);
+    std::free(resolved);
+    struct stat old;
+    if (::stat(target.constData(), &old) != 0 || !S_ISREG(old.st_mode))
+        return NotOpened;
+
+    const int slash = target.lastIndexOf('/');
+    const QByteArray folder = target.left(slash + 1);
+    QByteArray temporary = folder + '.' + target.mid(slash + 1) + ".XXXXXX";
+    const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
+    if (fd < 0)
+        return NotOpened;
+    // The owner first: giving a file away may clear its mode's special bits.
+    bool written = writeAll(fd, content) && ::fchown(fd, old.st_uid, old.st_gid) == 0 &&
+                   ::fchmod(fd, old.st_mode & 07777) == 0 && ::fsync(fd) == 0;
+    written = ::close(fd) == 0 && written;
+    if (written && ::rename(temporary.constData(), target.constData()) == 0) {
+        // The new name is on disk only once the folder is.
+        const int dir = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (dir >= 0) {
+            ::fsync(dir);
+            ::close(dir);
+        }
+        return Replaced;
+    }
+    const int renameError = errno;
+    ::unlink(temporary.constData());
+    // A file mounted over (as containers do with /etc/hosts) cannot be replaced, only rewritten.
+    if (written && renameError == EBUSY)
+        return rewriteInPlace(target, content);
+    return NotWritten;
+}

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+// The host's line in /etc/hosts.
+class HostsFile
+{
+public:
+    // `content` with its first line that maps an IPv4 address to `hostname` (as a whole word,
+    // not commented out) replaced by "ipAddress serverName hostname", or with that entry added
+    // after the last line. Every other line keeps its bytes.
+    static QByteArray withEntry(const QByteArray &content, const QString &hostname,
+                                const QString &serverName, const QString &ipAddress);
+};

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QLatin1String>
+#include <QMap>
+#include <QString>
+#include <QVariant>
+
+// The administrator's input, handed from the creation form to the initialisation run. Readers
+// take a missing key as an empty text, or as false for the choice of network settings.
+namespace InitRequest {
+constexpr QLatin1String kerberosPassword("kerberosPassword");
+constexpr QLatin1String adminPassword("adminPassword");
+constexpr QLatin1String customNetworkSettings("customNetworkSettings");
+constexpr QLatin1String ipAddress("ipAddress");
+constexpr QLatin1String hostname("hostname");
+constexpr QLatin1String serverName("serverName");
+
+// The values go in as the form shows them. Address, host name and server name are part of the
+// request only when the host's identity is to be set.
+QMap<QString, QVariant> make(const QString &kerberos, const QString &admin, bool custom,
+                             const QString &address, const QString &host, const QString &server);
+} // namespace InitRequest

@@ -1,0 +1,261 @@
+#include "initserverdialog.h"
+
+#include "ui_initserverdialog.h"
+
+#include "atomicfile.h"
+#include "hostsfile.h"
+#include "initrequest.h"
+#include "secretfile.h"
+
+#include <QFileInfo>
+#include <QHostInfo>
+#include <QRegularExpression>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+constexpr int commandTimeoutMs = 30000;
+constexpr QLatin1String hostsPath("/etc/hosts");
+constexpr QLatin1String passwordFilePath("/etc/orn/tempFile");
+} // namespace
+
+InitServerDialog::InitServerDialog(const QMap<QString, QVariant> &request, QWidget *parent)
+    : QDialog(parent)
+    , _ui(new Ui::InitServerDialog)
+    , _tempFile(passwordFilePath)
+    , _request(request)
+{
+    _ui->setupUi(this);
+    setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::CustomizeWindowHint);
+    _process.setProgram(QStringLiteral("orn-init"));
+    connect(_ui->_buttonBox, &QDialogButtonBox::clicked, this, &InitServerDialog::buttonClicked);
+}
+
+InitServerDialog::~InitServerDialog()
+{
+    // The console may quit while the tool runs: the tool must neither outlive the run nor report
+    // to a dialog that is going away, and the passwords must not stay on disk.
+    if (_process.state() != QProcess::NotRunning) {
+        disconnect(&_process, nullptr, this, nullptr);
+        _process.killGroup();
+        _process.waitForFinished();
+        initFinished();
+    }
+    delete _ui;
+}
+
+QString InitServerDialog::runCommand(const QString &program, const QStringList &arguments)
+{
+    const QString failure = QStringLiteral("%1: %2 %3");
+    const QString joined = arguments.join(QLatin1Char(' '));
+    QProcess process;
+    process.start(program, arguments, QIODevice::ReadWrite);
+    process.closeWriteChannel();
+    if (!process.waitForStarted(commandTimeoutMs)) {
+        if (process.state() != QProcess::NotRunning) {
+            process.kill();
+            process.waitForFinished();
+        }
+        return failure.arg(tr("Process start error"), program, joined);
+    }
+    if (!process.waitForFinished(commandTimeoutMs)) {
+        if (process.state() != QProcess::NotRunning) {
+            process.kill();
+            process.waitForFinished();
+        }
+        return failure.arg(tr("Process finish error"), program, joined);
+    }
+    // A crash leaves the signal's number as the exit code, so the code alone decides.
+    if (process.exitCode() == 0)
+        return QString();
+    return QStringLiteral("Process %1 %2 finished with error: %3")
+        .arg(program, joined, QString::fromLocal8Bit(process.readAllStandardError()));
+}
+
+QString InitServerDialog::outputParagraph(const QByteArray &chunk)
+{
+    // What follows a NUL in a chunk is not text the tool meant to show.
+    const int length = int(qstrnlen(chunk.constData(), uint(chunk.size())));
+    QString text = QString::fromLocal8Bit(chunk.constData(), length);
+    static const QRegularExpression colour(QLatin1Char('\x1b') + QStringLiteral("\\[.{2,4}m"),
+                                           QRegularExpression::DotMatchesEverythingOption);
+    text.remove(colour);
+    return removeTrailingNewlines(text);
+}
+
+QString InitServerDialog::removeTrailingNewlines(const QString &text)
+{
+    int end = text.size();
+    while (end > 0 && text.at(end - 1) == QLatin1Char('\n'))
+        --end;
+    return text.left(end);
+}
+
+void InitServerDialog::reject()
+{
+    // An Escape or a close request must not abandon a half-done provisioning or orphan the tool.
+    if (_process.state() == QProcess::NotRunning)
+        QDialog::reject();
+}
+
+int InitServerDialog::exec()
+{
+    _ui->_plainTextEdit->clear();
+    if (_request.value(InitRequest::customNetworkSettings, false).toBool())
+        prepareHost();
+    writePasswordFile();
+    startInitTool();
+    return QDialog::exec();
+}
+
+void InitServerDialog::prepareHost()
+{
+    const QString hostname = _request.value(InitRequest::hostname).toString();
+    setHostname(hostname);
+    updateHostsFile(hostname, _request.value(InitRequest::serverName).toString(),
+                    _request.value(InitRequest::ipAddress).toString());
+}
+
+bool InitServerDialog::setHostname(const QString &hostname)
+{
+    const QString previous = QHostInfo::localHostName();
+    // One argument whatever the name holds: no shell and no splitting sees it.
+    const QString error =
+        runCommand(QStringLiteral("hostnamectl"), {QStringLiteral("set-hostname"), hostname});
+    if (!error.isEmpty()) {
+        insertText(error);
+        return false;
+    }
+    if (previous != hostname)
+        emit hostnameChanged();
+    return true;
+}
+
+bool InitServerDialog::updateHostsFile(const QString &hostname, const QString &serverName,
+                                       const QString &ipAddress)
+{
+    QFile hosts(hostsPath);
+    const QString path = QFileInfo(hosts).absoluteFilePath();
+    const QString notOpened = tr("File %1 can not be opened").arg(path);
+    if (!hosts.open(QIODevice::ReadOnly)) {
+        insertText(notOpened);
+        return false;
+    }
+    const QByteArray content = hosts.readAll();
+    if (hosts.error() != QFileDevice::NoError) {
+        insertText(notOpened);
+        return false;
+    }
+    hosts.close();
+    switch (
+        AtomicFile::replace(path, HostsFile::withEntry(content, hostname, serverName, ipAddress))) {
+    case AtomicFile::Replaced:
+        return true;
+    case AtomicFile::NotOpened:
+        insertText(notOpened);
+        return false;
+    case AtomicFile::NotWritten:
+        break;
+    }
+    insertText(tr("Write error in file %1").arg(path));
+    return false;
+}
+
+bool InitServerDialog::writePasswordFile()
+{
+    const QString path = passwordFilePath;
+    // Owner-only from birth: no instant in which another user could read the passwords.
+    const int fd = SecretFile::create(path);
+    if (fd < 0 || !_tempFile.open(fd, QIODevice::WriteOnly | QIODevice::Unbuffered,
+                                  QFileDevice::AutoCloseHandle)) {
+        if (fd >= 0)
+            ::close(fd);
+        insertText(tr("File %1 can not be created").arg(path));
+        return false;
+    }
+    const QByteArray content =
+        (QStringLiteral("K/M:%1").arg(_request.value(InitRequest::kerberosPassword).toString()) +
+         QLatin1Char('\n') +
+         QStringLiteral("admin/admin:%1")
+             .arg(_request.value(InitRequest::adminPassword).toString()))
+            .toUtf8();
+    if (_tempFile.write(content) != content.size()) {
+        insertText(tr("Write error in file %1").arg(path));
+        return false;
+    }
+    if (!_tempFile.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
+        insertText(tr("Error set permissions for file %1").arg(path));
+        return false;
+    }
+    _tempFile.close();
+    return true;
+}
+
+void InitServerDialog::startInitTool()
+{
+    _process.setArguments({QStringLiteral("init"), QStringLiteral("--force"),
+                           QStringLiteral("--pass-file=%1").arg(passwordFilePath)});
+    connect(&_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+            &InitServerDialog::initFinished);
+    connect(&_process, &QProcess::channelReadyRead, this, &InitServerDialog::readProcessOutput);
+    connect(&_process, &QProcess::errorOccurred, this, &InitServerDialog::toolFailedToStart);
+    _process.start(QIODevice::ReadWrite);
+    // Nothing is ever written to the tool: a question it asks meets the end of its input.
+    _process.closeWriteChannel();
+}
+
+void InitServerDialog::toolFailedToStart(QProcess::ProcessError error)
+{
+    // The one failure that no finished notification follows.
+    if (error != QProcess::FailedToStart)
+        return;
+    insertText(QStringLiteral("%1: %2 %3")
+                   .arg(tr("Process start error"), _process.program(),
+                        _process.arguments().join(QLatin1Char(' '))));
+    initFinished();
+}
+
+void InitServerDialog::readProcessOutput(int channel)
+{
+    _process.setReadChannel(QProcess::ProcessChannel(channel));
+    insertText(outputParagraph(_process.readAll()));
+}
+
+void InitServerDialog::insertText(const QString &text)
+{
+    _ui->_plainTextEdit->appendPlainText(text);
+}
+
+void InitServerDialog::initFinished()
+{
+    // Abort runs this step twice; the success is told once.
+    const bool again = _ui->_buttonBox->button(QDialogButtonBox::Close) != nullptr;
+    _ui->_progressBar->setMaximum(100);
+    _ui->_progressBar->setValue(100);
+    // Opened from a descriptor, the file object has forgotten its name.
+    _tempFile.close();
+    _tempFile.setFileName(passwordFilePath);
+    // Only a file of this run goes; a link or anything else found at the path was never written.
+    struct stat status;
+    if (::lstat(QFile::encodeName(_tempFile.fileName()).constData(), &status) == 0 &&
+        S_ISREG(status.st_mode))
+        _tempFile.remove();
+    _ui->_buttonBox->setStandardButtons(QDialogButtonBox::Close);
+    // A tool that never ran, or was killed, has no exit code to believe.
+    if (!again && _process.error() != QProcess::FailedToStart &&
+        _process.exitStatus() == QProcess::NormalExit && _process.exitCode() == 0)
+        emit serverCreatedSuccsessfully();
+}
+
+void InitServerDialog::buttonClicked(QAbstractButton *button)
+{
+    if (_ui->_buttonBox->standardButton(button) == QDialogButtonBox::Abort) {
+        // The tool may have started helpers that read the passwords; they end with it.
+        _process.killGroup();
+        _process.close();
+        initFinished();
+    } else {
+        close();
+    }
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "groupleaderprocess.h"
+
+#include <QDialog>
+#include <QFile>
+#include <QMap>
+#include <QVariant>
+
+class QAbstractButton;
+
+namespace Ui {
+class InitServerDialog;
+}
+
+// The window in which the directory server is created: it prepares the host, hands the
+// passwords to `orn-init` and shows what the tool says until it has ended.
+class InitServerDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    InitServerDialog(const QMap<QString, QVariant> &request, QWidget *parent = nullptr);
+    ~InitServerDialog() override;
+
+    // Runs a short command to its end, with 30 s to start and 30 s to finish. Returns one line
+    // that says what went wrong, or an empty text.
+    static QString runCommand(const QString &program, const QStringList &arguments);
+    // What one chunk of the tool's output shows: its text up to a NUL, without colour sequences
+    // and without the line feeds at its end.
+    static QString outputParagraph(const QByteArray &chunk);
+    static QString removeTrailingNewlines(const QString &text);
+
+    // Ignored while the tool runs.
+    void reject() override;
+
+signals:
+    void hostnameChanged();
+    void serverCreatedSuccsessfully();
+
+public slots:
+    int exec() override;
+
+private slots:
+    void readProcessOutput(int channel);
+    void insertText(const QString &text);
+    void initFinished();
+    void buttonClicked(QAbstractButton *button);
+
+private:
+    void prepareHost();
+    bool setHostname(const QString &hostname);
+    bool updateHostsFile(const QString &hostname, const QString &serverName,
+                         const QString &ipAddress);
+    bool writePasswordFile();
+    void startInitTool();
+    void toolFailedToStart(QProcess::ProcessError error);
+
+    Ui::InitServerDialog *_ui;
+    GroupLeaderProcess _process;
+    QFile _tempFile;
+    QMap<QString, QVariant> _request;
+};

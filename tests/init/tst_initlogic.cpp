@@ -1,0 +1,89 @@
+// What the initialisation run decides without touching the host: the request, the rewritten
+// /etc/hosts and the text shown for a chunk of the tool's output.
+#include "hostsfile.h"
+#include "initrequest.h"
+#include "initserverdialog.h"
+
+#include <QtTest>
+
+class TestInitLogic : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void request()
+    {
+        const auto own = InitRequest::make(" k ", "a", false, "10.0.0.5", "srv", "srv.lan");
+        QCOMPARE(own.keys().join(' '), "adminPassword customNetworkSettings kerberosPassword");
+        const auto custom = InitRequest::make(" k ", "a", true, "", "srv", "srv.lan");
+        QCOMPARE(custom.keys().join(' '), "adminPassword customNetworkSettings hostname ipAddress "
+                                          "kerberosPassword serverName");
+    }
+
+    void hostsEntry_data();
+    void hostsEntry()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, hostname);
+        QTEST(HostsFile::withEntry(content, hostname, "srv.new.lan", "10.0.0.5"), "rewritten");
+    }
+
+    void outputParagraph_data();
+    void outputParagraph()
+    {
+        QFETCH(QByteArray, chunk);
+        QTEST(InitServerDialog::outputParagraph(chunk), "paragraph");
+    }
+};
+
+void TestInitLogic::hostsEntry_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("hostname");
+    QTest::addColumn<QByteArray>("rewritten");
+    const auto row = [](const char *name, const QByteArray &content, const QString &hostname,
+                        const QByteArray &rewritten) {
+        QTest::newRow(name) << content << hostname << rewritten;
+    };
+    const QByteArray e = "10.0.0.5 srv.new.lan srv\n";
+    const QByteArray v6 = "\n# The following lines are desirable for IPv6 capable hosts\n"
+                          "::1     localhost ip6-localhost ip6-loopback\nff02::1 ip6-allnodes\n";
+    const QByteArray fedora = "127.0.0.1   localhost localhost.localdomain localhost4\n"
+                              "::1         localhost localhost.localdomain localhost6\n";
+    row("Debian default", "127.0.0.1\tlocalhost\n127.0.1.1\tsrv.old.lan\tsrv\n" + v6, "srv",
+        "127.0.0.1\tlocalhost\n" + e + v6);
+    row("Fedora default", fedora, "srv", fedora + e);
+    row("commented out", "  # 10.0.0.5 srv\n", "srv", "  # 10.0.0.5 srv\n" + e);
+    row("first of two, aliases and comment dropped", " 1.1.1.1 a srv b # c\n2.2.2.2 srv\n", "srv",
+        e + "2.2.2.2 srv\n");
+    row("other case, longer names", "1.0.0.9 SRV srv-backup srv.other\n", "srv",
+        "1.0.0.9 SRV srv-backup srv.other\n" + e);
+    row("CR LF", "127.0.0.1 localhost\r\n127.0.1.1 srv\r\n::1 x\r\n", "srv",
+        "127.0.0.1 localhost\r\n" + e + "::1 x\r\n");
+    row("IPv6 line", "fe80::1 srv\n", "srv", "fe80::1 srv\n" + e);
+    row("empty file", "", "srv", e);
+    row("last line without line feed", "127.0.0.1 localhost", "srv", "127.0.0.1 localhost\n" + e);
+    row("a name's dots match any character", "10.0.0.1 xsrv.a\n10.0.0.2 srvXa\n", "srv.a",
+        "10.0.0.1 xsrv.a\n10.0.0.5 srv.new.lan srv.a\n");
+    row("empty name", "127.0.1.1 srv\n", "", "127.0.1.1 srv\n10.0.0.5 srv.new.lan \n");
+    row("other bytes kept", "# caf\xe9\n127.0.1.1 srv", "srv", "# caf\xe9\n" + e);
+}
+
+void TestInitLogic::outputParagraph_data()
+{
+    QTest::addColumn<QByteArray>("chunk");
+    QTest::addColumn<QString>("paragraph");
+    QTest::newRow("colours") << QByteArray("\x1b[1;32mdone\x1b[00m\n") << "done";
+    QTest::newRow("one character is no sequence") << QByteArray("x\x1b[0m") << "x\x1b[0m";
+    QTest::newRow("split sequence, first part") << QByteArray("ok\x1b[1;3") << "ok\x1b[1;3";
+    QTest::newRow("split sequence, second part") << QByteArray("2mdone\n") << "2mdone";
+    QTest::newRow("sequence across a line feed") << QByteArray("a\x1b[\n1m") << "a";
+    QTest::newRow("line feeds only") << QByteArray("\n\n\n") << "";
+    QTest::newRow("CR LF keeps the CR") << QByteArray("done\r\n") << "done\r";
+    QTest::newRow("inner line feeds kept") << QByteArray("a\n\nb\n") << "a\n\nb";
+    QTest::newRow("NUL ends the text") << QByteArray("ab\0cd\n", 6) << "ab";
+    QTest::newRow("UTF-8") << QString("Готово\n").toUtf8() << "Готово";
+}
+
+QTEST_GUILESS_MAIN(TestInitLogic)
+#include "tst_initlogic.moc"
