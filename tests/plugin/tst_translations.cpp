@@ -1,5 +1,3 @@
-#include <QDir>
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTranslator>
@@ -11,84 +9,55 @@ class TestTranslations : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void catalogueMatchesTheCode();
-    void compiledCatalogueTranslates();
-};
-
-namespace {
-
-struct Catalogue
-{
-    QSet<QString> sources;
-    QStringList untranslated;
-};
-
-Catalogue readCatalogue(const QString &fileName)
-{
-    Catalogue catalogue;
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly))
-        return catalogue;
-    QXmlStreamReader xml(&file);
-    QString context;
-    QString source;
-    while (!xml.atEnd()) {
-        if (!xml.readNextStartElement())
-            continue;
-        if (xml.name() == QLatin1String("name")) {
-            context = xml.readElementText();
-        } else if (xml.name() == QLatin1String("source")) {
-            source = context + QLatin1String("::") + xml.readElementText();
-            catalogue.sources.insert(source);
-        } else if (xml.name() == QLatin1String("translation")) {
-            const QString type = xml.attributes().value(QLatin1String("type")).toString();
-            if (!type.isEmpty() || xml.readElementText().isEmpty())
-                catalogue.untranslated << source;
+    // "context::source" of every message, and those of them without a finished translation.
+    static QPair<QSet<QString>, QStringList> read(const QString &fileName)
+    {
+        QPair<QSet<QString>, QStringList> catalogue;
+        QFile file(fileName);
+        QXmlStreamReader xml(file.open(QIODevice::ReadOnly) ? &file : nullptr);
+        QString context, source;
+        while (!xml.atEnd()) {
+            if (!xml.readNextStartElement())
+                continue;
+            if (xml.name() == QLatin1String("name"))
+                context = xml.readElementText();
+            else if (xml.name() == QLatin1String("source"))
+                catalogue.first.insert(source = context + "::" + xml.readElementText());
+            else if (xml.name() == QLatin1String("translation")
+                     && (xml.attributes().hasAttribute("type") || xml.readElementText().isEmpty()))
+                catalogue.second << source;
         }
+        return catalogue;
     }
-    return catalogue;
-}
 
-} // namespace
+private slots:
+    void catalogueMatchesTheCode()
+    {
+        const QString shippedFile = PYX_TS_DIR "/pyx-orn-server-plugin_ru.ts";
+        QTemporaryDir dir;
+        const QString refreshed = dir.filePath("refreshed_ru.ts");
+        QVERIFY(QFile::copy(shippedFile, refreshed));
+        QProcess lupdate;
+        lupdate.start(PYX_LUPDATE, {"-no-obsolete", "-locations", "none", PYX_PLUGIN_SOURCE_DIR,
+                                    "-ts", refreshed});
+        QVERIFY(lupdate.waitForFinished(60000) && lupdate.exitCode() == 0);
 
-void TestTranslations::catalogueMatchesTheCode()
-{
-    const QString checkedIn = QStringLiteral(PYX_TS_DIR "/pyx-orn-server-plugin_ru.ts");
-    QTemporaryDir dir;
-    QVERIFY(dir.isValid());
-    const QString refreshed = dir.filePath(QStringLiteral("refreshed_ru.ts"));
-    QVERIFY(QFile::copy(checkedIn, refreshed));
+        const QSet<QString> code = read(refreshed).first;
+        const auto [shipped, untranslated] = read(shippedFile);
+        const QStringList missing = (code - shipped).values(), stale = (shipped - code).values();
+        QVERIFY2(missing.isEmpty(), qPrintable(missing.join(" | ")));
+        QVERIFY2(stale.isEmpty(), qPrintable(stale.join(" | ")));
+        QVERIFY2(untranslated.isEmpty(), qPrintable(untranslated.join(" | ")));
+    }
 
-    QProcess lupdate;
-    lupdate.start(QStringLiteral(PYX_LUPDATE),
-                  {QStringLiteral("-no-obsolete"), QStringLiteral("-locations"),
-                   QStringLiteral("none"), QStringLiteral(PYX_PLUGIN_SOURCE_DIR),
-                   QStringLiteral("-ts"), refreshed});
-    QVERIFY(lupdate.waitForFinished(60000));
-    QCOMPARE(lupdate.exitCode(), 0);
-
-    const Catalogue code = readCatalogue(refreshed);
-    const Catalogue shipped = readCatalogue(checkedIn);
-    QVERIFY(!shipped.sources.isEmpty());
-    const QStringList missing = (code.sources - shipped.sources).values();
-    const QStringList stale = (shipped.sources - code.sources).values();
-    QVERIFY2(missing.isEmpty(), qPrintable(QStringLiteral("not in the catalogue: ")
-                                           + missing.join(QStringLiteral(" | "))));
-    QVERIFY2(stale.isEmpty(), qPrintable(QStringLiteral("no longer in the code: ")
-                                         + stale.join(QStringLiteral(" | "))));
-    QVERIFY2(shipped.untranslated.isEmpty(),
-             qPrintable(QStringLiteral("untranslated: ")
-                        + shipped.untranslated.join(QStringLiteral(" | "))));
-}
-
-void TestTranslations::compiledCatalogueTranslates()
-{
-    QTranslator translator;
-    QVERIFY(translator.load(QStringLiteral(PYX_QM_DIR "/pyx-orn-server-plugin_ru.qm")));
-    QCOMPARE(translator.translate("OrnServerPlugin", "Support ORN server"),
-             QStringLiteral("Поддержка сервера ORN"));
-}
+    void compiledCatalogueTranslates()
+    {
+        QTranslator translator;
+        QVERIFY(translator.load(PYX_QM_DIR "/pyx-orn-server-plugin_ru.qm"));
+        QCOMPARE(translator.translate("OrnServerPlugin", "Support ORN server"),
+                 QString("Поддержка сервера ORN"));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestTranslations)
 #include "tst_translations.moc"
