@@ -1,4 +1,5 @@
 // The stand-in console: elements, forms, the read that reaches a form, and the navigation tree.
+// Change tracking under the edit block is exercised by the server form's own tests.
 #include "consolewindow.h"
 #include "element.h"
 #include "elementdata.h"
@@ -11,9 +12,7 @@
 #include "vieweditelementwidget.h"
 
 #include <QAbstractItemModelTester>
-#include <QLineEdit>
 #include <QSignalSpy>
-#include <QVBoxLayout>
 #include <QtTest>
 
 Q_DECLARE_METATYPE(TaskDescription::TaskStatus)
@@ -60,7 +59,6 @@ public:
         explicit Form(Module &module) : ViewEditElementWidget(module, nullptr, nullptr)
         {
             elementTypeName = QStringLiteral("Server");
-            (new QVBoxLayout(this))->addWidget(edit);
         }
         void afterSuccessfulRead(Element *element, ElementData *data) override
         {
@@ -68,7 +66,6 @@ public:
             blockedDuringRead = editBlocked;
             ViewEditElementWidget::afterSuccessfulRead(element, data);
         }
-        QLineEdit *edit = new QLineEdit;
         QList<ElementData *> reads;
         bool blockedDuringRead = false;
     };
@@ -104,7 +101,6 @@ private slots:
     void treeIsConsistentAndPlacedByParentType();
     void openingAnElementReadsItIntoItsForm_data();
     void openingAnElementReadsItIntoItsForm();
-    void editBlockSuppressesChangeTrackingOnly();
 };
 
 void TestFramework::treeIsConsistentAndPlacedByParentType()
@@ -161,25 +157,6 @@ void TestFramework::openingAnElementReadsItIntoItsForm()
     QCOMPARE(server.element->elementData() != nullptr, delivered);
     if (delivered)
         QVERIFY(server.form->blockedDuringRead && server.form->reads.first());
-}
-
-void TestFramework::editBlockSuppressesChangeTrackingOnly()
-{
-    ServerModule server;
-    ServerModule::Form *form = server.form;
-    form->setElement(server.element, ElementWidgetRole::Edit);
-    form->show();
-    form->blockEditWidget(true);
-    form->edit->setText(QStringLiteral("filled by code"));
-    QTest::keyClicks(form->edit, QStringLiteral("x"));
-    QCOMPARE(form->edit->text(), QStringLiteral("filled by codex"));
-    QVERIFY(!form->isModified());
-
-    form->afterSuccessfulRead(server.element, nullptr);
-    QTest::keyClicks(form->edit, QStringLiteral("y"));
-    QVERIFY(form->isModified());
-    form->afterSuccessfulRead(server.element, nullptr);
-    QVERIFY(!form->isModified());
 }
 
 QTEST_MAIN(TestFramework)

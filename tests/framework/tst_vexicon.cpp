@@ -46,10 +46,6 @@ void TestVexIcon::emblemGoesToTheCorner_data()
     QTest::addColumn<QPoint>("red");
     QTest::newRow("top left") << "base" << "badge" << Qt::TopLeftCorner << QPoint(4, 4)
                               << QPoint(27, 27);
-    QTest::newRow("top right") << "base" << "badge" << Qt::TopRightCorner << QPoint(27, 4)
-                               << QPoint(4, 27);
-    QTest::newRow("bottom left") << "base" << "badge" << Qt::BottomLeftCorner << QPoint(4, 27)
-                                 << QPoint(27, 4);
     QTest::newRow("bottom right") << "base" << "badge" << Qt::BottomRightCorner << QPoint(27, 27)
                                   << QPoint(4, 4);
     QTest::newRow("emblem missing") << "base" << "absent" << Qt::TopLeftCorner << QPoint(-1, -1)

@@ -1,5 +1,6 @@
-// The simulated host: what a sandboxed command changes stays inside, and the simulated tools keep
-// the contracts the plug-in's system tests build on.
+// The simulated host: what a sandboxed command changes stays inside, and the simulated tools are
+// as strict as the plug-in's system tests assume. The package table, the reboot command and the
+// failure modes are exercised by those tests themselves.
 #include "hostorncore.h"
 #include "sandboxprocess.h"
 
@@ -95,17 +96,8 @@ void TestSandbox::tools_data()
         QTest::newRow(name) << QString::fromLatin1(options) << script << out << directory;
     };
 
-    // The plug-in's query, with real tabs in the format.
-    const QString query = QStringLiteral(
-        "dpkg-query -W -f='${binary:Package}\t${Version}\t${Status}' %1; echo \" $?\"");
-    row("dpkg-query: installed", "", query.arg(QStringLiteral("orn-server-dc")),
-        "orn-server-dc\t4.19.2-1\tinstall ok installed 0\n");
-    row("dpkg-query: unknown", "", query.arg(QStringLiteral("orn-nothing")), " 1\n");
-
     const QString rename =
         QStringLiteral("hostnamectl set-hostname '%1'; echo $?; hostname; cat /etc/hostname");
-    row("hostnamectl: empty", "", rename.arg(QString()), "1\nws1\nws1\n");
-    row("hostnamectl: underscore", "", rename.arg(QStringLiteral("dc_1")), "1\nws1\nws1\n");
     row("hostnamectl: label of 64", "", rename.arg(QString(64, QLatin1Char('a'))), "1\nws1\nws1\n");
     row("hostnamectl: good", "", rename.arg(QStringLiteral("dc1.corp.example")),
         "0\ndc1.corp.example\ndc1.corp.example\n");
@@ -119,12 +111,6 @@ void TestSandbox::tools_data()
         initWith.arg(QStringLiteral("600"), QStringLiteral("echo >>/etc/orn/p; ")), "1\n");
     row("orn-init: good", "", init, "0\n", QStringLiteral("dc .example.lan EXAMPLE.LAN on"));
     row("orn-init: exit:3 stops the server", "--provisioned --mode orn-init=exit:3", init, "3\n");
-    row("orn-init: crash", "--mode orn-init=crash", init, "139\n");
-
-    row("vex-wmfunc", "",
-        QStringLiteral("XDG_RUNTIME_DIR=/run/user/1000 /usr/bin/vex-wmfunc VEXWM_REBOOT; "
-                       "cat \"$SANDBOX_LOG\""),
-        "vex-wmfunc [VEXWM_REBOOT] {XDG_RUNTIME_DIR=/run/user/1000}\n");
 }
 
 void TestSandbox::tools()
