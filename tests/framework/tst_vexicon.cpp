@@ -24,15 +24,14 @@ void TestVexIcon::initTestCase()
     QDir theme(m_themes.path());
     QVERIFY(theme.mkpath(QStringLiteral("test/32x32/apps")));
     QFile index(theme.filePath(QStringLiteral("test/index.theme")));
-    QVERIFY(index.open(QIODevice::WriteOnly));
-    index.write("[Icon Theme]\nName=test\nDirectories=32x32/apps\n\n[32x32/apps]\nSize=32\n");
+    QVERIFY(index.open(QIODevice::WriteOnly)
+            && index.write("[Icon Theme]\nDirectories=32x32/apps\n[32x32/apps]\nSize=32\n") > 0);
     index.close();
-    for (const auto &[name, colour] : {std::pair<QString, Qt::GlobalColor>{"base", Qt::red},
-                                       {"badge", Qt::blue}}) {
-        QImage image(32, 32, QImage::Format_ARGB32);
-        image.fill(colour);
-        QVERIFY(image.save(theme.filePath("test/32x32/apps/" + name + ".png")));
-    }
+    QImage image(32, 32, QImage::Format_ARGB32);
+    image.fill(Qt::red);
+    QVERIFY(image.save(theme.filePath("test/32x32/apps/base.png")));
+    image.fill(Qt::blue);
+    QVERIFY(image.save(theme.filePath("test/32x32/apps/badge.png")));
     QIcon::setThemeSearchPaths({m_themes.path()});
     QIcon::setThemeName(QStringLiteral("test"));
 }
@@ -60,7 +59,6 @@ void TestVexIcon::emblemGoesToTheCorner()
     QFETCH(QPoint, blue);
     QFETCH(QPoint, red);
     const QImage image = VexIcon::fromTheme(icon, {corner, emblem}, QIcon()).pixmap(32).toImage();
-    QCOMPARE(image.size(), QSize(32, 32));
     if (blue.x() >= 0)
         QCOMPARE(QColor(image.pixel(blue)), QColor(Qt::blue));
     QCOMPARE(QColor(image.pixel(red)), QColor(Qt::red));

@@ -1,6 +1,5 @@
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QTranslator>
 #include <QXmlStreamReader>
 #include <QtTest>
 
@@ -48,14 +47,6 @@ private slots:
         QVERIFY2(missing.isEmpty(), qPrintable(missing.join(" | ")));
         QVERIFY2(stale.isEmpty(), qPrintable(stale.join(" | ")));
         QVERIFY2(untranslated.isEmpty(), qPrintable(untranslated.join(" | ")));
-    }
-
-    void compiledCatalogueTranslates()
-    {
-        QTranslator translator;
-        QVERIFY(translator.load(PYX_QM_DIR "/pyx-orn-server-plugin_ru.qm"));
-        QCOMPARE(translator.translate("OrnServerPlugin", "Support ORN server"),
-                 QString("Поддержка сервера ORN"));
     }
 };
 
