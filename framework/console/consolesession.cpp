@@ -4,6 +4,26 @@
 #include "orndomainelement.h"
 #include "pyxorncore.h"
 
+#include <QGuiApplication>
+
+namespace {
+
+QtMessageHandler defaultHandler = nullptr;
+
+void dropSizeHintNoise(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (!message.contains(QLatin1String("propagateSizeHints")))
+        defaultHandler(type, context, message);
+}
+
+} // namespace
+
+void ConsoleSession::silenceOffscreenNoise()
+{
+    if (QGuiApplication::platformName() == QLatin1String("offscreen") && !defaultHandler)
+        defaultHandler = qInstallMessageHandler(dropSizeHintNoise);
+}
+
 ConsoleSession::ConsoleSession(const Options &options)
     : m_domain(nullptr)
 {

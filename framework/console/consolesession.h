@@ -21,6 +21,10 @@ public:
     };
 
     explicit ConsoleSession(const Options &options);
+
+    // Offscreen there is no window manager, and the platform says so on standard error for every
+    // window; a reading task takes anything there for a warning of the host.
+    static void silenceOffscreenNoise();
     ~ConsoleSession();
 
     const PluginRegistry &registry() const { return m_registry; }

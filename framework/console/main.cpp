@@ -26,6 +26,7 @@ int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("pyx-console"));
+    ConsoleSession::silenceOffscreenNoise();
 
     QCommandLineParser parser;
     parser.setApplicationDescription(

@@ -4,25 +4,10 @@
 #include <QApplication>
 #include <QCommandLineParser>
 
-namespace {
-
-QtMessageHandler defaultHandler = nullptr;
-
-// The offscreen platform complains about every window it cannot size for a window manager. The
-// reading task takes anything on standard error for a warning of the host, which would put this
-// noise into the pictures.
-void quietOffscreen(QtMsgType type, const QMessageLogContext &context, const QString &message)
-{
-    if (!message.contains(QLatin1String("propagateSizeHints")))
-        defaultHandler(type, context, message);
-}
-
-} // namespace
-
 int main(int argc, char *argv[])
 {
-    defaultHandler = qInstallMessageHandler(quietOffscreen);
     QApplication app(argc, argv);
+    ConsoleSession::silenceOffscreenNoise();
     QCommandLineParser parser;
     parser.setApplicationDescription(QApplication::translate(
         "main", "Creates an ORN server in the console and saves a picture of every step."));
