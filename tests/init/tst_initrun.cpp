@@ -3,7 +3,7 @@
 // run where the mounts or the host name are the real host's.
 #include "initrequest.h"
 #include "initserverdialog.h"
-#include "insidesandbox.h"
+#include "sandboxprocess.h"
 #include "secretfile.h"
 
 #include <QtTest>

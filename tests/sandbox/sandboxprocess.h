@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QCoreApplication>
+#include <QFile>
 #include <QProcess>
 #include <QStringList>
 
@@ -38,4 +40,33 @@ inline bool sandboxAvailable()
     if (probe.exitCode == 77)
         std::fprintf(stderr, "SKIP: %s", probe.err.constData());
     return probe.exitCode != 77;
+}
+
+// A test program that must run on the simulated host starts itself again inside sandbox/run and
+// returns what the inner run returned (77, no namespaces here, passes through as a skip).
+// Returns -1 when this process already runs inside.
+inline int runInsideSandbox(int argc, char *argv[], const QStringList &options)
+{
+    if (!qEnvironmentVariableIsEmpty("SANDBOX_LOG"))
+        return -1;
+    QCoreApplication app(argc, argv);
+    QProcess inside;
+    inside.setProcessChannelMode(QProcess::ForwardedChannels);
+    inside.start(QStringLiteral(PYX_SANDBOX_DIR "/run"),
+                 options + QStringList{QStringLiteral("--env"),
+                                       QStringLiteral("QT_QPA_PLATFORM=offscreen"),
+                                       QStringLiteral("--"), app.applicationFilePath()}
+                     + app.arguments().mid(1));
+    if (!inside.waitForFinished(170000)) {
+        inside.kill();
+        inside.waitForFinished();
+        return 1;
+    }
+    return inside.exitStatus() == QProcess::NormalExit ? inside.exitCode() : 1;
+}
+
+inline QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }

@@ -13,16 +13,6 @@ private slots:
     void createWithCustomNetworkSettings();
 };
 
-namespace {
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-} // namespace
-
 void TestEndToEnd::createWithCustomNetworkSettings()
 {
     if (!sandboxAvailable())

@@ -14,11 +14,6 @@
 
 namespace {
 
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 // What of the real host a sandboxed command could be tempted to change.
 QStringList hostFacts()

@@ -3,7 +3,7 @@
 // that nothing it starts, names or writes reaches the real host.
 #include "element.h"
 #include "elementdata.h"
-#include "insidesandbox.h"
+#include "sandboxprocess.h"
 #include "module.h"
 #include "ornserverwidget.h"
 
