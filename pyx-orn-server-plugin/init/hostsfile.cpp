@@ -1,5 +1,6 @@
 #include "hostsfile.h"
 
+#include <QFile>
 #include <QRegularExpression>
 
 QByteArray HostsFile::withEntry(const QByteArray &content, const QString &hostname,
@@ -43,4 +44,17 @@ QByteArray HostsFile::withEntry(const QByteArray &content, const QString &hostna
         result += entry;
     }
     return result;
+}
+
+AtomicFile::Result HostsFile::update(const QString &path, const QString &hostname,
+                                     const QString &serverName, const QString &ipAddress)
+{
+    QFile hosts(path);
+    if (!hosts.open(QIODevice::ReadOnly))
+        return AtomicFile::NotOpened;
+    const QByteArray content = hosts.readAll();
+    if (hosts.error() != QFileDevice::NoError)
+        return AtomicFile::NotOpened;
+    hosts.close();
+    return AtomicFile::replace(path, withEntry(content, hostname, serverName, ipAddress));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "atomicfile.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -12,4 +14,8 @@ public:
     // after the last line. Every other line keeps its bytes.
     static QByteArray withEntry(const QByteArray &content, const QString &hostname,
                                 const QString &serverName, const QString &ipAddress);
+    // Reads the hosts file at `path` and replaces it with `withEntry` of its content. A file
+    // that cannot be read counts as not opened.
+    static AtomicFile::Result update(const QString &path, const QString &hostname,
+                                     const QString &serverName, const QString &ipAddress);
 };

@@ -2,7 +2,6 @@
 
 #include "ui_initserverdialog.h"
 
-#include "atomicfile.h"
 #include "hostsfile.h"
 #include "initrequest.h"
 #include "secretfile.h"
@@ -135,25 +134,12 @@ bool InitServerDialog::setHostname(const QString &hostname)
 bool InitServerDialog::updateHostsFile(const QString &hostname, const QString &serverName,
                                        const QString &ipAddress)
 {
-    QFile hosts(hostsPath);
-    const QString path = QFileInfo(hosts).absoluteFilePath();
-    const QString notOpened = tr("File %1 can not be opened").arg(path);
-    if (!hosts.open(QIODevice::ReadOnly)) {
-        insertText(notOpened);
-        return false;
-    }
-    const QByteArray content = hosts.readAll();
-    if (hosts.error() != QFileDevice::NoError) {
-        insertText(notOpened);
-        return false;
-    }
-    hosts.close();
-    switch (
-        AtomicFile::replace(path, HostsFile::withEntry(content, hostname, serverName, ipAddress))) {
+    const QString path = QFileInfo(hostsPath).absoluteFilePath();
+    switch (HostsFile::update(path, hostname, serverName, ipAddress)) {
     case AtomicFile::Replaced:
         return true;
     case AtomicFile::NotOpened:
-        insertText(notOpened);
+        insertText(tr("File %1 can not be opened").arg(path));
         return false;
     case AtomicFile::NotWritten:
         break;
