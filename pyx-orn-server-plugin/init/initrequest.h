@@ -1,5 +1,7 @@
 #pragma once
 
+#include "latin1literal.h"
+
 #include <QLatin1String>
 #include <QMap>
 #include <QString>
@@ -8,12 +10,12 @@
 // The administrator's input, handed from the creation form to the initialisation run. Readers
 // take a missing key as an empty text, or as false for the choice of network settings.
 namespace InitRequest {
-constexpr QLatin1String kerberosPassword("kerberosPassword");
-constexpr QLatin1String adminPassword("adminPassword");
-constexpr QLatin1String customNetworkSettings("customNetworkSettings");
-constexpr QLatin1String ipAddress("ipAddress");
-constexpr QLatin1String hostname("hostname");
-constexpr QLatin1String serverName("serverName");
+constexpr QLatin1String kerberosPassword = latin1Literal("kerberosPassword");
+constexpr QLatin1String adminPassword = latin1Literal("adminPassword");
+constexpr QLatin1String customNetworkSettings = latin1Literal("customNetworkSettings");
+constexpr QLatin1String ipAddress = latin1Literal("ipAddress");
+constexpr QLatin1String hostname = latin1Literal("hostname");
+constexpr QLatin1String serverName = latin1Literal("serverName");
 
 // The values go in as the form shows them. Address, host name and server name are part of the
 // request only when the host's identity is to be set.

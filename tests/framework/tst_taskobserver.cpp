@@ -25,11 +25,14 @@ struct ProbeTask : AbstractTask
     }
     void run() override
     {
-        ranOff = QThread::currentThread() != qApp->thread();
+        ranOff = QThread::currentThread() != QCoreApplication::instance()->thread();
         if (complete)
             AbstractTask::run();
     }
-    void afterRun() override { afterRanOn = QThread::currentThread() == qApp->thread(); }
+    void afterRun() override
+    {
+        afterRanOn = QThread::currentThread() == QCoreApplication::instance()->thread();
+    }
 
     const bool complete;
     QStringList *const traces;

@@ -1,0 +1,198 @@
+// The rewrite of /etc/hosts. Whatever the file holds, the result is the file with exactly one
+// line replaced by the entry "ADDRESS SERVER HOST\n", or the file (ended by a line feed if it
+// was not) with the entry after it; every other byte stays. For host names of letters, digits
+// and hyphens the replaced line is the first that a plain restatement of the matching rule
+// picks, and a second rewrite changes nothing.
+//
+// Input, byte by byte:
+//   [0]       bit 0 set: the host name is taken as written (any characters but a line feed);
+//             clear: only its letters, digits and hyphens are kept
+//   [1..4]    the IPv4 address, one byte per number
+//   then      the host name up to the first line feed, the server name up to the next one
+//             without its NULs, and the rest is the file. The entry stays one line of text that
+//             the rewrite reads whole: a NUL would end its text early, as Qt's decoding does.
+#include "fuzzcheck.h"
+#include "hostsfile.h"
+
+#include <QString>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t none = std::string::npos;
+
+// Each line with its line feed; the last one may lack it.
+std::vector<std::string> lines(const std::string &content)
+{
+    std::vector<std::string> result;
+    for (std::size_t start = 0; start < content.size();) {
+        const std::size_t lineFeed = content.find('\n', start);
+        const std::size_t end = lineFeed == none ? content.size() : lineFeed + 1;
+        result.push_back(content.substr(start, end - start));
+        start = end;
+    }
+    return result;
+}
+
+bool space(char32_t c)
+{
+    return c == U' ' || c == U'\t' || c == U'\n' || c == U'\v' || c == U'\f' || c == U'\r';
+}
+
+bool digit(char32_t c)
+{
+    return c >= U'0' && c <= U'9';
+}
+
+// Where the earliest "1 to 3 digits, any character but a line feed" x3, "1 to 3 digits" that
+// starts at `at` can end; none when it cannot start there.
+std::size_t addressEnd(const std::u32string &text, std::size_t at, int group = 0)
+{
+    std::size_t earliest = none;
+    for (std::size_t digits = 1; digits <= 3 && at + digits <= text.size(); ++digits) {
+        if (!digit(text[at + digits - 1]))
+            break;
+        std::size_t end = at + digits;
+        if (group < 3)
+            end = end < text.size() && text[end] != U'\n' ? addressEnd(text, end + 1, group + 1)
+                                                          : none;
+        earliest = std::min(earliest, end);
+    }
+    return earliest;
+}
+
+// The host's entry: not a comment; after leading white space an address of four groups of
+// digits; later the host name as a whole word, after white space and before white space or the
+// end. A line's text ends at a NUL, as Qt's decoding of it does.
+bool namesHost(const std::string &line, const std::u32string &host)
+{
+    if (host.empty())
+        return false;
+    const std::string bytes = line.substr(0, line.find('\0'));
+    const std::u32string text = QString::fromUtf8(bytes.data(), int(bytes.size())).toStdU32String();
+    std::size_t start = 0;
+    while (start < text.size() && space(text[start]))
+        ++start;
+    // A comment's '#' is no digit, so no address starts there.
+    const std::size_t end = addressEnd(text, start);
+    if (end == none)
+        return false;
+    for (std::size_t blank = end; blank + host.size() < text.size(); ++blank) {
+        const std::size_t after = blank + 1 + host.size();
+        if (space(text[blank]) && text.compare(blank + 1, host.size(), host) == 0 &&
+            (after == text.size() || space(text[after])))
+            return true;
+    }
+    return false;
+}
+
+std::string appended(const std::string &content, const std::string &entry)
+{
+    std::string result = content;
+    if (!result.empty() && result.back() != '\n')
+        result += '\n';
+    return result + entry;
+}
+
+std::string joined(const std::vector<std::string> &lines)
+{
+    std::string result;
+    for (const std::string &line : lines)
+        result += line;
+    return result;
+}
+
+std::string rewrite(const std::string &content, const QString &host, const QString &server,
+                    const QString &address)
+{
+    const QByteArray result = HostsFile::withEntry(QByteArray(content.data(), int(content.size())),
+                                                   host, server, address);
+    return std::string(result.constData(), std::size_t(result.size()));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***)
+{
+    useUtf8Locale();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    if (size < 5)
+        return 0;
+    const std::string input(reinterpret_cast<const char *>(data), size);
+    const bool asWritten = data[0] & 1;
+    const QString address = QStringLiteral("%1.%2.%3.%4")
+                                .arg(int(data[1]))
+                                .arg(int(data[2]))
+                                .arg(int(data[3]))
+                                .arg(int(data[4]));
+    std::size_t at = 5;
+    const auto field = [&input, &at] {
+        const std::size_t lineFeed = std::min(input.find('\n', at), input.size());
+        const std::string text = input.substr(at, lineFeed - at);
+        at = std::min(lineFeed + 1, input.size());
+        return text;
+    };
+    std::string hostBytes = field();
+    std::string serverBytes = field();
+    serverBytes.erase(std::remove(serverBytes.begin(), serverBytes.end(), '\0'), serverBytes.end());
+    const std::string content = input.substr(at);
+    if (!asWritten) {
+        std::string kept;
+        for (const char c : hostBytes) {
+            if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || digit(char32_t(c)) || c == '-')
+                kept += c;
+        }
+        hostBytes = kept;
+    }
+    const QString host = QString::fromUtf8(hostBytes.data(), int(hostBytes.size()));
+    const QString server = QString::fromUtf8(serverBytes.data(), int(serverBytes.size()));
+    const QByteArray entryBytes =
+        (address + QLatin1Char(' ') + server + QLatin1Char(' ') + host + QLatin1Char('\n'))
+            .toUtf8();
+    const std::string entry(entryBytes.constData(), std::size_t(entryBytes.size()));
+
+    const std::string result = rewrite(content, host, server, address);
+    const std::vector<std::string> before = lines(content);
+    const std::vector<std::string> after = lines(result);
+    std::size_t replaced = none;
+    if (result != appended(content, entry)) {
+        require(after.size() == before.size(), "a replacement keeps the number of lines");
+        for (std::size_t i = 0; i < before.size(); ++i) {
+            if (after[i] == before[i])
+                continue;
+            require(replaced == none, "at most one line changes");
+            require(after[i] == entry, "the changed line is the entry");
+            replaced = i;
+        }
+    }
+
+    if (asWritten)
+        return 0;
+    // A plain name: the line replaced is the first one that names the host.
+    const std::u32string hostText = host.toStdU32String();
+    std::size_t first = none;
+    for (std::size_t i = 0; i < before.size() && first == none; ++i) {
+        if (namesHost(before[i], hostText))
+            first = i;
+    }
+    if (first == none) {
+        require(result == appended(content, entry), "without the host's line the entry is added");
+    } else {
+        std::vector<std::string> expected = before;
+        expected[first] = entry;
+        require(result == joined(expected), "the host's first line is the one replaced");
+    }
+    if (!host.isEmpty())
+        require(rewrite(result, host, server, address) == result,
+                "a second rewrite changes nothing");
+    return 0;
+}
