@@ -55,7 +55,11 @@ AtomicFile::Result rewriteInPlace(const QByteArray &target, const QByteArray &co
         return AtomicFile::NotOpened;
     QByteArray old;
     AtomicFile::Result result = AtomicFile::NotWritten;
-    if (readAll(fd, &old)) {
+    // Room first: a full file system refuses here, before a byte of the old content is
+    // overwritten, instead of halfway through the new one, where only the restore stands
+    // between the file and a torn one.
+    if (readAll(fd, &old) && (::fallocate(fd, FALLOC_FL_KEEP_SIZE, 0, off_t(content.size())) == 0 ||
+                              errno == EOPNOTSUPP)) {
         if (rewrite(fd, content))
             result = AtomicFile::Replaced;
         else

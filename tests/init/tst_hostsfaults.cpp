@@ -1,0 +1,249 @@
+// /etc/hosts under faults on the simulated host: full, read-only and immutable file systems, a
+// file mounted over, and system calls made to fail by strace. Whatever fails, the file holds its
+// old bytes or all of the new ones, no temporary file stays behind, the pane says what went
+// wrong and the run still goes on to the tool and its end. The program starts itself again
+// inside sandbox/run, and there once more under strace ("--drive") for each run of the dialog.
+#include "initrequest.h"
+#include "initserverdialog.h"
+#include "sandboxprocess.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+const QString strace = "/etc/pyx-strace.log";
+// The calls whose failures are injected, and those that show where the rewrite went.
+const QString traced = "trace=write,fsync,fchmod,fchown,rename,openat,fallocate";
+// Where a call went: the file behind its descriptor, or the path it names first.
+const QRegularExpression subject(R"re(^(\w+)\((?:\d+<([^>]*)>|[^"]*"([^"]*)"))re");
+
+// Whether a line of strace's log is a call of `fault`'s system call on its file.
+bool aims(const QString &line, const QStringList &fault)
+{
+    const QRegularExpressionMatch call = subject.match(line);
+    return call.captured(1) == fault.at(0) &&
+           QRegularExpression(fault.at(3)).match(call.captured(2) + call.captured(3)).hasMatch();
+}
+
+QStringList namespaces()
+{
+    return {QFile::symLinkTarget("/proc/self/ns/mnt"), QFile::symLinkTarget("/proc/self/ns/uts")};
+}
+
+// One creation with custom network settings, closed once it has finished. Prints whether it
+// finished and the tool succeeded, then the pane.
+int drive(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    InitServerDialog dialog(InitRequest::make("k", "a", true, "10.0.0.5", "srv", "srv.new.lan"));
+    bool created = false;
+    QObject::connect(&dialog, &InitServerDialog::serverCreatedSuccsessfully,
+                     [&] { created = true; });
+    auto *box = dialog.findChild<QDialogButtonBox *>();
+    auto *bar = dialog.findChild<QProgressBar *>();
+    QString state = "unfinished";
+    QTimer::singleShot(0, &dialog, [&] {
+        if (QTest::qWaitFor([&] { return box->button(QDialogButtonBox::Close); }, 20000) &&
+            bar->value() == bar->maximum())
+            state = "finished";
+        else
+            box->button(QDialogButtonBox::Abort)->click();
+        box->button(QDialogButtonBox::Close)->click();
+    });
+    dialog.exec();
+    const QString text = dialog.findChild<QPlainTextEdit *>()->toPlainText();
+    std::fputs(qPrintable(state + (created ? " created\n" : " not created\n") + text), stdout);
+    return 0;
+}
+
+struct Drive
+{
+    QString out;
+    QStringList log;
+};
+
+// The dialog's run in a child traced by strace with `injections` (inject= values); not -f, so
+// only the dialog's own thread is traced and counted, not the tools it starts.
+Drive runDrive(const QStringList &injections)
+{
+    QStringList arguments{"-o", strace, "-y", "-e", traced};
+    for (const QString &injection : injections)
+        arguments += {"-e", "inject=" + injection};
+    QProcess process;
+    // LeakSanitizer cannot work under a tracer (make check-asan); the other runs check leaks.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("ASAN_OPTIONS", environment.value("ASAN_OPTIONS") + ":detect_leaks=0");
+    process.setProcessEnvironment(environment);
+    process.start("strace",
+                  arguments << "--" << QCoreApplication::applicationFilePath() << "--drive");
+    if (!process.waitForFinished(30000)) {
+        process.kill();
+        process.waitForFinished();
+    }
+    return {QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(readFile(strace)).split('\n')};
+}
+
+bool sh(const QString &script)
+{
+    return QProcess::execute("/bin/sh", {"-c", script}) == 0;
+}
+
+} // namespace
+
+class TestHostsFaults : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(sh("strace -o /dev/null true"));
+        // 4080 bytes, just under a page: the new line then needs a second one, which a
+        // one-page file system has not got.
+        m_old = readFile("/etc/hosts");
+        m_old += "# " + QByteArray(4077 - m_old.size(), '-') + '\n';
+        m_new = m_old + "10.0.0.5 srv.new.lan srv\n";
+        qputenv("PATH", PYX_TEST_FAKES_DIR ":" + qgetenv("PATH"));
+    }
+    void faults_data();
+    void faults();
+
+private:
+    // The old content at /etc/hosts, then the row's setup; again before each run.
+    bool prepare(const QString &setup)
+    {
+        QFile hosts("/etc/hosts");
+        return sh("chattr -i /etc/small 2>/dev/null; umount /etc/hosts /etc/small 2>/dev/null; "
+                  "rm -rf /etc/hosts /etc/small /etc/.hosts.* && mkdir /etc/small") &&
+               hosts.open(QIODevice::WriteOnly) && hosts.write(m_old) == m_old.size() &&
+               hosts.flush() && sh(setup);
+    }
+
+    QByteArray m_old, m_new;
+};
+
+void TestHostsFaults::faults_data()
+{
+    QTest::addColumn<QString>("setup");
+    // SYSCALL:ERRNO:first|last:FILE, FILE a pattern for the call's file; the call is found in
+    // a run with the injections before it.
+    QTest::addColumn<QStringList>("injections");
+    QTest::addColumn<QString>("seen"); // a pattern in strace's log: the fault struck where meant
+    QTest::addColumn<QString>("pane");
+    QTest::addColumn<bool>("replaced");
+    const QString small = "mount -t tmpfs -o size=%1 tmpfs /etc/small && ";
+    const QString moved = "mv /etc/hosts /etc/small && ln -s small/hosts /etc/hosts";
+    const QString bind = "cp /etc/hosts /etc/small/hosts && mount --bind /etc/small/hosts "
+                         "/etc/hosts";
+    const QString tempFile = "/etc/[.]hosts[.]\\w{6}$", hosts = "^/etc/hosts$";
+    const QString unopened = "File /etc/hosts can not be opened";
+    const QString unwritten = "Write error in file /etc/hosts";
+    const QString busy = R"(rename\("/etc/\.hosts\.\w{6}", "/etc/hosts"\) = -1 EBUSY)";
+    const auto row = [](const char *name, const QString &setup, const QStringList &injections,
+                        const QString &seen, const QString &pane, bool replaced) {
+        QTest::newRow(name) << setup << injections << seen << pane << replaced;
+    };
+    // The new file takes a page and a bit: the first write fills the free page, the next fails.
+    row("file system full", small.arg("8k") + moved, {},
+        R"(write\(\d+</etc/small/\.hosts\.\w{6}>, .*\) = 4096\nwrite\(\d+</etc/small/\.hosts\.)"
+        R"(\w{6}>, .*\) = -1 ENOSPC)",
+        unwritten, false);
+    row("file system read-only", small.arg("8k") + moved + " && mount -o remount,ro /etc/small", {},
+        R"("/etc/small/\.hosts\.\w{6}", .*\) = -1 EROFS)", unopened, false);
+    row("folder immutable", small.arg("8k") + moved + " && chattr +i /etc/small", {},
+        R"("/etc/small/\.hosts\.\w{6}", .*\) = -1 EPERM)", unopened, false);
+    // The new file's calls, failed one at a time. A regular file takes all its bytes in one
+    // write(): first and last are the same call here, the full file system above splits them.
+    row("write fails", "", {"write:EIO:first:" + tempFile}, "", unwritten, false);
+    row("fchown fails", "", {"fchown:EPERM:first:" + tempFile}, "", unwritten, false);
+    row("fchmod fails", "", {"fchmod:EPERM:first:" + tempFile}, "", unwritten, false);
+    row("fsync fails", "", {"fsync:EIO:first:" + tempFile}, "", unwritten, false);
+    row("rename fails", "", {"rename:EIO:first:" + tempFile}, "", unwritten, false);
+    // The new name is in place; only its way to the disk is in doubt.
+    row("fsync of the folder fails", "", {"fsync:EIO:last:^/etc$"}, "", "", true);
+    // Mounted over, the file can only be rewritten in place: its first write brings the new
+    // bytes, its last one, after a failure, the old ones back.
+    row("mounted over", small.arg("8k") + bind, {}, busy, "", true);
+    row("mounted over, read-only",
+        small.arg("8k") + bind +
+            " && mount -o remount,ro,bind "
+            "/etc/hosts",
+        {}, busy, unopened, false);
+    row("mounted over, file system full", small.arg("4k") + bind, {},
+        R"(fallocate\(\d+</etc/hosts>, .*\) = -1 ENOSPC)", unwritten, false);
+    row("mounted over, write fails", small.arg("8k") + bind, {"write:EIO:first:" + hosts}, busy,
+        unwritten, false);
+    // The new bytes are in the file when the sync fails: the old ones are written back.
+    row("mounted over, fsync fails", small.arg("8k") + bind, {"fsync:EIO:first:" + hosts},
+        R"(write\(\d+</etc/hosts>, "127.*\) = 4080\n)", unwritten, false);
+    row("mounted over, fsync and the restoring write fail", small.arg("8k") + bind,
+        {"fsync:EIO:first:" + hosts, "write:EIO:last:" + hosts}, busy, unwritten, true);
+}
+
+void TestHostsFaults::faults()
+{
+    QFETCH(QString, setup);
+    QFETCH(QStringList, injections);
+    QFETCH(QString, seen);
+    QFETCH(bool, replaced);
+    // Each injection's when=: its call's ordinal among all calls of that system call.
+    QStringList resolved;
+    for (const QString &injection : injections) {
+        const QStringList fault = injection.split(':');
+        QVERIFY2(prepare(setup), qPrintable(setup));
+        QList<int> ordinals;
+        int count = 0;
+        for (const QString &line : runDrive(resolved).log) {
+            count += subject.match(line).captured(1) == fault.at(0);
+            if (aims(line, fault))
+                ordinals << count;
+        }
+        QVERIFY2(!ordinals.isEmpty(), qPrintable("no call for " + injection));
+        resolved << QString("%1:error=%2:when=%3")
+                        .arg(fault.at(0), fault.at(1))
+                        .arg(fault.at(2) == "first" ? ordinals.first() : ordinals.last());
+    }
+    QVERIFY2(prepare(setup), qPrintable(setup));
+    const Drive run = runDrive(resolved);
+    // A row whose injection missed its call fails here instead of passing untested.
+    QStringList hits;
+    for (const QString &line : run.log)
+        if (line.endsWith("(INJECTED)"))
+            hits << line;
+    QCOMPARE(hits.size(), injections.size());
+    for (const QString &injection : injections)
+        QVERIFY2(std::any_of(hits.cbegin(), hits.cend(),
+                             [&](const QString &line) { return aims(line, injection.split(':')); }),
+                 qPrintable(injection + " missed: " + hits.join('\n')));
+    QVERIFY2(QRegularExpression(seen).match(run.log.join('\n')).hasMatch(), qPrintable(seen));
+    QFETCH(QString, pane);
+    QCOMPARE(run.out, "finished created\n" + pane);
+    QCOMPARE(readFile("/etc/hosts"), replaced ? m_new : m_old);
+    for (const QString &folder : QStringList{"/etc", "/etc/small"})
+        QCOMPARE(QDir(folder).entryList({".hosts.*"}, QDir::AllEntries | QDir::Hidden),
+                 QStringList());
+}
+
+int main(int argc, char *argv[])
+{
+    const int inside =
+        runInsideSandbox(argc, argv, {"--env", "PYX_INIT_OUTSIDE=" + namespaces().join(' ')});
+    if (inside >= 0)
+        return inside;
+    // Nothing here may run where the mounts or the host name are the real host's.
+    const QStringList host = qEnvironmentVariable("PYX_INIT_OUTSIDE").split(' ');
+    if (host.size() != 2 || namespaces().contains(host.at(0)) || namespaces().contains(host.at(1)))
+        return std::fputs("not on a simulated host\n", stderr), 1;
+    if (argc == 2 && qstrcmp(argv[1], "--drive") == 0)
+        return drive(argc, argv);
+    QApplication app(argc, argv);
+    TestHostsFaults test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_hostsfaults.moc"
