@@ -23,6 +23,10 @@ sandbox_log() {
         fi
     done
     printf '%s\n' "$line" >>"$SANDBOX_LOG"
+    # On request, the whole environment the tool was started with, after its call's line.
+    if [ -n "${SANDBOX_ENV_LOG-}" ]; then
+        { printf '%s\n' "$line"; tr '\0' '\n' </proc/$$/environ; } >>"$SANDBOX_ENV_LOG"
+    fi
 }
 
 # The tool's failure mode: SANDBOX_MODE_<TOOL> (upper case, _ for -) from the caller's
@@ -46,6 +50,14 @@ sandbox_apply_mode() {
         ;;
     hang)
         exec sleep infinity
+        ;;
+    flood | flood:*)
+        # MB megabytes on standard output and an eighth of that on standard error, at full speed;
+        # then the tool does its work as usual.
+        local megabytes=${1#flood} line="${0##*/}: flooding its output channels"
+        megabytes=${megabytes#:}
+        yes "$line" | head -c "$((${megabytes:-32} * 1048576))"
+        yes "$line" | head -c "$((${megabytes:-32} * 131072))" >&2
         ;;
     esac
 }

@@ -1,5 +1,6 @@
 #include "ornserverplugin.h"
 #include "packagestatus.h"
+#include "sandboxprocess.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -15,13 +16,22 @@ class TestPackageStatus : public QObject
     QTemporaryDir m_dir;
     const QByteArray m_path = PYX_TEST_FAKES_DIR ":" + qgetenv("PATH");
 
-    // Mode "missing" takes the fake off PATH; "crash" makes it die of a signal.
+    // Modes "missing" and "not executable" leave on PATH no fake, or one without its x bit (that
+    // would answer "installed" if it ran); the others are the fake's own.
+    static bool offPath(const QByteArray &mode)
+    {
+        return mode == "missing" || mode == "not executable";
+    }
     void fake(const QByteArray &table, const QByteArray &mode = {})
     {
         QFile file(m_dir.filePath("table"));
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(table) == table.size());
         QFile::remove(m_dir.filePath("log"));
-        qputenv("PATH", mode == "missing" ? m_dir.path().toLocal8Bit() : m_path);
+        QFile unrunnable(m_dir.filePath("dpkg-query"));
+        QVERIFY(mode != "not executable" ? !unrunnable.exists() || unrunnable.remove()
+                                         : unrunnable.open(QIODevice::WriteOnly) &&
+                                               unrunnable.write("echo 'p\t1\tinstall ok'") > 0);
+        qputenv("PATH", offPath(mode) ? m_dir.path().toLocal8Bit() : m_path);
         qputenv("FAKE_DPKG_MODE", mode);
         qputenv("FAKE_DPKG_TABLE", file.fileName().toLocal8Bit());
         qputenv("FAKE_DPKG_LOG", m_dir.filePath("log").toLocal8Bit());
@@ -66,6 +76,15 @@ private slots:
         QTest::newRow("unknown, exit 1") << none << none << PackageStatus::NotInstalled;
         QTest::newRow("crash") << installed << QByteArray("crash") << PackageStatus::Failed;
         QTest::newRow("missing") << installed << QByteArray("missing") << PackageStatus::Failed;
+        QTest::newRow("not executable")
+            << installed << QByteArray("not executable") << PackageStatus::Failed;
+        QTest::newRow("exit 2") << installed << QByteArray("exit:2") << PackageStatus::NotInstalled;
+        // Lines without tabs only lengthen the first field; the answer after them is read.
+        QTest::newRow("a megabyte before the answer")
+            << installed << QByteArray("flood") << PackageStatus::Installed;
+        // Waits out the 30 s limit; ctest runs it on its own, labelled slow.
+        if (qEnvironmentVariableIsSet("PYX_PACKAGE_SLOW"))
+            QTest::newRow("hang") << installed << QByteArray("hang") << PackageStatus::Failed;
     }
 
     void query()
@@ -73,11 +92,18 @@ private slots:
         QFETCH(QByteArray, table);
         QFETCH(QByteArray, mode);
         fake(table, mode);
+        QElapsedTimer clock;
+        clock.start();
         QTEST(queryPackageStatus("orn-server-common"), "status");
+        // A query that hangs costs its 30 s limit and no more; every query is reaped.
+        const qint64 elapsed = clock.elapsed();
+        QVERIFY2(mode == "hang" ? elapsed >= 30000 && elapsed < 33000 : elapsed < 5000,
+                 qPrintable(QString::number(elapsed)));
+        QCOMPARE(childProcesses().join(", "), QString());
         // Each argument as the fake received it, bracketed.
         const QByteArray argv =
             "[-W][-f=${binary:Package}\t${Version}\t${Status}][orn-server-common]\n";
-        QCOMPARE(log(), mode == "missing" ? QByteArray() : argv);
+        QCOMPARE(log(), offPath(mode) ? QByteArray() : argv);
     }
 
     void isValid_data()

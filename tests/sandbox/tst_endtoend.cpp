@@ -24,6 +24,7 @@ void TestEndToEnd::createWithCustomNetworkSettings()
     const SandboxRun run = runSandbox(
         {QStringLiteral("--state-dir"), state.path(), QStringLiteral("--orn-init-duration"),
          QStringLiteral("0"), QStringLiteral("--env"), QStringLiteral("SUDO_UID=1000"),
+         QStringLiteral("--env"), QStringLiteral("SANDBOX_ENV_LOG=") + state.filePath("env"),
          QStringLiteral("--env"), QStringLiteral("QT_QPA_PLATFORM=offscreen")},
         {QStringLiteral(PYX_WALKTHROUGH), QStringLiteral(PYX_PLUGIN_DIR),
          state.filePath(QStringLiteral("pictures"))});
@@ -44,7 +45,12 @@ void TestEndToEnd::createWithCustomNetworkSettings()
     QVERIFY(log.contains("hostnamectl [set-hostname] [dc1]\n"));
     QVERIFY(log.contains("orn-init [init] [--force] [--pass-file=/etc/orn/tempFile]\n"));
     QVERIFY(log.contains("vex-wmfunc [VEXWM_REBOOT] {XDG_RUNTIME_DIR=/run/user/1000}\n"));
-    QVERIFY(!log.contains("Kerberos-2026") && !log.contains("Admin-2026"));
+    // Neither password in any tool's arguments or environment.
+    const QByteArray environments = readFile(state.filePath(QStringLiteral("env")));
+    QVERIFY(environments.contains("\ndpkg-query [-W]") &&
+            environments.contains("\norn-init [init]"));
+    for (const QByteArray &record : {log, environments})
+        QVERIFY(!record.contains("Kerberos-2026") && !record.contains("Admin-2026"));
 }
 
 QTEST_GUILESS_MAIN(TestEndToEnd)

@@ -55,6 +55,9 @@ private slots:
              "0", "ws1"},
             {"new name, tool failed", "", "orn-init", "Warning Yes;Initialization Close;Warning OK",
              "k", "0", "dc1", "SANDBOX_MODE_ORN_INIT=exit:1"},
+            // The console quits while the tool still works: the run ends with the dialog.
+            {"console quits", "", "orn-init", "Warning Yes;Initialization quit", "k", "0", "dc4",
+             "SANDBOX_ORN_INIT_DURATION=60"},
             {"new name, reboot refused", "", "orn-init",
              "Warning Yes;Initialization Close;Reboot No", "k", "0", "dc2"},
             {"reboot for the sudo user", "",
@@ -100,6 +103,14 @@ private slots:
                 return;
             const QString answer =
                 row.windows.section(';', shown.size(), shown.size()).section(' ', 1);
+            if (answer == "quit") {
+                // Once the tool has started to talk, and noted if it no longer runs by then.
+                if (modal->findChild<QPlainTextEdit *>()->toPlainText().isEmpty())
+                    return;
+                const auto *box = modal->findChild<QDialogButtonBox *>();
+                shown << (box->button(QDialogButtonBox::Abort) ? "Initialization quit" : "ended");
+                return QCoreApplication::quit();
+            }
             QAbstractButton *pressed = nullptr;
             for (QAbstractButton *button : modal->findChildren<QAbstractButton *>())
                 pressed = button->text().remove('&') == answer ? button : pressed;
@@ -118,6 +129,9 @@ private slots:
             form.findChild<QPushButton *>('_' + button + "PushButton")->click();
         if (!name.isEmpty())
             saved.isNull() ? qunsetenv(name) : qputenv(name, saved);
+        // After a quit, modal loops end at once until the application's loop has run again.
+        QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+        QCoreApplication::exec();
 
         QCOMPARE(shown.join(';'), row.windows);
         // A started tool outlives the click, so its record is waited for.
@@ -129,6 +143,7 @@ private slots:
         for (QLineEdit *field : passwords)
             QCOMPARE(field->text(), ran ? "" : row.password);
         QVERIFY(!QFile::exists("/etc/orn/tempFile"));
+        QCOMPARE(childProcesses().join(", "), QString());
         if (ran && !row.hostname.isEmpty())
             QCOMPARE(QHostInfo::localHostName(), row.hostname);
     }
