@@ -12,7 +12,7 @@ public:
     // `content` with its first line that maps an IPv4 address to `hostname` (as a whole word,
     // not commented out) replaced by "ipAddress serverName hostname", or with that entry added
     // after the last line. Every other line keeps its bytes.
-    static QByteArray withEntry(const QByteArray &content, const QString &hostname,
+    static QByteArray withEntry(QByteArray content, const QString &hostname,
                                 const QString &serverName, const QString &ipAddress);
     // Reads the hosts file at `path` and replaces it with `withEntry` of its content. A file
     // that cannot be read counts as not opened.

@@ -4,19 +4,49 @@
 
 #include "hostsfile.h"
 #include "initrequest.h"
+#include "latin1literal.h"
 #include "secretfile.h"
 
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QHostInfo>
 #include <QRegularExpression>
+
+#include <utility>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 constexpr int commandTimeoutMs = 30000;
-constexpr QLatin1String hostsPath("/etc/hosts");
-constexpr QLatin1String passwordFilePath("/etc/orn/tempFile");
+constexpr QLatin1String hostsPath = latin1Literal("/etc/hosts");
+constexpr QLatin1String passwordFilePath = latin1Literal("/etc/orn/tempFile");
+// A flood of output reaches the pane in slices of about this many characters, and the event loop
+// gets a turn after about this long of appending, so that the window keeps painting and answering.
+constexpr int sliceChars = 8192;
+constexpr int sliceBudgetMs = 8;
+
+// Where the slice of `text` from `from` on ends: at a line feed about sliceChars on, after at least
+// one character and not ending a CR LF (the pane takes the pair as one line end, and would take a
+// CR left at a slice's end as one more). -1 when the rest is short or has no such line feed.
+// Appending the pieces of a text cut at such a line feed gives the text of appending it whole.
+int sliceEnd(const QString &text, int from)
+{
+    if (text.size() - from <= sliceChars)
+        return -1;
+    const QLatin1Char lineFeed('\n'), carriageReturn('\r');
+    for (int at = text.lastIndexOf(lineFeed, from + sliceChars); at > from;
+         at = text.lastIndexOf(lineFeed, at - 1)) {
+        if (text.at(at - 1) != carriageReturn)
+            return at;
+    }
+    for (int at = text.indexOf(lineFeed, from + sliceChars + 1); at > 0;
+         at = text.indexOf(lineFeed, at + 1)) {
+        if (text.at(at - 1) != carriageReturn)
+            return at;
+    }
+    return -1;
+}
 } // namespace
 
 InitServerDialog::InitServerDialog(const QMap<QString, QVariant> &request, QWidget *parent)
@@ -29,6 +59,9 @@ InitServerDialog::InitServerDialog(const QMap<QString, QVariant> &request, QWidg
     setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::CustomizeWindowHint);
     _process.setProgram(QStringLiteral("orn-init"));
     connect(_ui->_buttonBox, &QDialogButtonBox::clicked, this, &InitServerDialog::buttonClicked);
+    _outputTimer.setSingleShot(true);
+    _outputTimer.setInterval(0);
+    connect(&_outputTimer, &QTimer::timeout, this, &InitServerDialog::showPendingOutput);
 }
 
 InitServerDialog::~InitServerDialog()
@@ -93,14 +126,17 @@ QString InitServerDialog::removeTrailingNewlines(const QString &text)
 
 void InitServerDialog::reject()
 {
-    // An Escape or a close request must not abandon a half-done provisioning or orphan the tool.
-    if (_process.state() == QProcess::NotRunning)
+    // An Escape or a close request must not abandon a half-done provisioning or orphan the tool,
+    // nor cut off its last output.
+    if (_process.state() == QProcess::NotRunning && _pendingOutput.isEmpty())
         QDialog::reject();
 }
 
 int InitServerDialog::exec()
 {
     _ui->_plainTextEdit->clear();
+    _pendingOutput.clear();
+    _pendingFrom = 0;
     if (_request.value(InitRequest::customNetworkSettings, false).toBool())
         prepareHost();
     writePasswordFile();
@@ -205,20 +241,48 @@ void InitServerDialog::toolFailedToStart(QProcess::ProcessError error)
 void InitServerDialog::readProcessOutput(int channel)
 {
     _process.setReadChannel(QProcess::ProcessChannel(channel));
-    insertText(outputParagraph(_process.readAll()));
+    appendToPane(outputParagraph(_process.readAll()));
 }
 
 void InitServerDialog::insertText(const QString &text)
 {
-    _ui->_plainTextEdit->appendPlainText(text);
+    appendToPane(text);
 }
 
-void InitServerDialog::initFinished()
+void InitServerDialog::appendToPane(const QString &text)
 {
-    // Abort runs this step twice; the success is told once.
-    const bool again = _ui->_buttonBox->button(QDialogButtonBox::Close) != nullptr;
-    _ui->_progressBar->setMaximum(100);
-    _ui->_progressBar->setValue(100);
+    _pendingOutput.append(text);
+    // While slices wait, the timer shows them, in order.
+    if (!_outputTimer.isActive())
+        showPendingOutput();
+}
+
+void InitServerDialog::showPendingOutput()
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!_pendingOutput.isEmpty()) {
+        if (clock.elapsed() >= sliceBudgetMs) {
+            _outputTimer.start();
+            return;
+        }
+        const QString &text = _pendingOutput.constFirst();
+        const int cut = sliceEnd(text, _pendingFrom);
+        if (cut < 0) {
+            _ui->_plainTextEdit->appendPlainText(text.mid(_pendingFrom));
+            _pendingOutput.removeFirst();
+            _pendingFrom = 0;
+        } else {
+            _ui->_plainTextEdit->appendPlainText(text.mid(_pendingFrom, cut - _pendingFrom));
+            _pendingFrom = cut + 1;
+        }
+    }
+    if (std::exchange(_finishAfterOutput, false))
+        initFinished();
+}
+
+void InitServerDialog::removePasswordFile()
+{
     // Opened from a descriptor, the file object has forgotten its name.
     _tempFile.close();
     _tempFile.setFileName(passwordFilePath);
@@ -227,6 +291,21 @@ void InitServerDialog::initFinished()
     if (::lstat(QFile::encodeName(_tempFile.fileName()).constData(), &status) == 0 &&
         S_ISREG(status.st_mode))
         _tempFile.remove();
+}
+
+void InitServerDialog::initFinished()
+{
+    // The passwords go as soon as the tool is done with them, even while its last output is
+    // still being shown; the run itself ends after that output.
+    removePasswordFile();
+    if (!_pendingOutput.isEmpty()) {
+        _finishAfterOutput = true;
+        return;
+    }
+    // Abort runs this step twice; the success is told once.
+    const bool again = _ui->_buttonBox->button(QDialogButtonBox::Close) != nullptr;
+    _ui->_progressBar->setMaximum(100);
+    _ui->_progressBar->setValue(100);
     _ui->_buttonBox->setStandardButtons(QDialogButtonBox::Close);
     // A tool that never ran, or was killed, has no exit code to believe.
     if (!again && _process.error() != QProcess::FailedToStart &&

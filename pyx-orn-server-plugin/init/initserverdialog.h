@@ -5,6 +5,8 @@
 #include <QDialog>
 #include <QFile>
 #include <QMap>
+#include <QStringList>
+#include <QTimer>
 #include <QVariant>
 
 class QAbstractButton;
@@ -55,9 +57,19 @@ private:
     bool writePasswordFile();
     void startInitTool();
     void toolFailedToStart(QProcess::ProcessError error);
+    void removePasswordFile();
+    // Appends `text` to the pane as one paragraph, after the output still waiting to be shown.
+    void appendToPane(const QString &text);
+    void showPendingOutput();
 
     Ui::InitServerDialog *_ui;
     GroupLeaderProcess _process;
     QFile _tempFile;
     QMap<QString, QVariant> _request;
+    // Paragraphs on their way into the pane, oldest first; the first from _pendingFrom on.
+    QStringList _pendingOutput;
+    int _pendingFrom = 0;
+    QTimer _outputTimer;
+    // The tool has ended; the run ends once the pane shows everything it said.
+    bool _finishAfterOutput = false;
 };

@@ -1,15 +1,13 @@
 #include "ornserverreadheavytast.h"
 
 #include "elementdata.h"
+#include "hostidentity.h"
 #include "orncore.h"
 #include "packagestatus.h"
 #include "pyxorncore.h"
 #include "serverproperties.h"
 #include "streaminterceptor.h"
 
-#include <QHostAddress>
-#include <QHostInfo>
-#include <QNetworkInterface>
 #include <QObject>
 
 #include <cstdio>
@@ -42,22 +40,14 @@ void OrnServerReadHeavyTast::run()
     record.insert(ServerProperties::ifServerOn, core->isServerOn());
     record.insert(ServerProperties::ifConfigured, core->isConfigured());
 
-    QStringList addresses;
-    for (const QHostAddress &address : QNetworkInterface::allAddresses())
-        addresses << address.toString();
-    record.insert(ServerProperties::ipAddresses, addresses);
-    record.insert(ServerProperties::hostname, QHostInfo::localHostName());
+    const HostIdentity identity = HostIdentity::read();
+    record.insert(ServerProperties::ipAddresses, identity.addresses);
+    record.insert(ServerProperties::hostname, identity.hostname);
     const std::string &domain = core->domainName();
     record.insert(ServerProperties::domainName,
                   QString::fromUtf8(domain.data(), static_cast<int>(domain.size())));
-
-    const QHostAddress localHost(QHostAddress::LocalHost);
-    for (const QHostAddress &address : QNetworkInterface::allAddresses()) {
-        if (address.protocol() == QAbstractSocket::IPv4Protocol && address != localHost) {
-            record.insert(ServerProperties::currentIpAddress, address.toString());
-            break;
-        }
-    }
+    if (!identity.currentAddress.isEmpty())
+        record.insert(ServerProperties::currentIpAddress, identity.currentAddress);
 
     QString program;
     QStringList arguments;

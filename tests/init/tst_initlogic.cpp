@@ -4,6 +4,7 @@
 #include "initrequest.h"
 #include "initserverdialog.h"
 
+#include <QPlainTextEdit>
 #include <QtTest>
 
 class TestInitLogic : public QObject
@@ -33,6 +34,22 @@ private slots:
     {
         QFETCH(QByteArray, chunk);
         QTEST(InitServerDialog::outputParagraph(chunk), "paragraph");
+    }
+
+    // A flood reaches the pane in slices, with the event loop between them: the pane's text is
+    // still that of appending each paragraph whole.
+    void paneSlices_data();
+    void paneSlices()
+    {
+        QFETCH(QString, text);
+        InitServerDialog dialog({});
+        const auto *pane = dialog.findChild<QPlainTextEdit *>("_plainTextEdit");
+        QPlainTextEdit whole;
+        for (const QString &paragraph : {QString("first"), text, QString("last")}) {
+            QVERIFY(QMetaObject::invokeMethod(&dialog, "insertText", Q_ARG(QString, paragraph)));
+            whole.appendPlainText(paragraph);
+        }
+        QTRY_COMPARE(pane->toPlainText(), whole.toPlainText());
     }
 };
 
@@ -65,6 +82,9 @@ void TestInitLogic::hostsEntry_data()
     row("last line without line feed", "127.0.0.1 localhost", "srv", "127.0.0.1 localhost\n" + e);
     row("a name's dots match any character", "10.0.0.1 xsrv.a\n10.0.0.2 srvXa\n", "srv.a",
         "10.0.0.1 xsrv.a\n10.0.0.5 srv.new.lan srv.a\n");
+    row("hyphenated name after lines that only mention it",
+        "0.0.0.0 my-srv.ads\n# 1.1.1.1 my-srv\n1.1.1.2 x my-srv\n", "my-srv",
+        "0.0.0.0 my-srv.ads\n# 1.1.1.1 my-srv\n10.0.0.5 srv.new.lan my-srv\n");
     row("empty name", "127.0.1.1 srv\n", "", "127.0.1.1 srv\n10.0.0.5 srv.new.lan \n");
     row("other bytes kept", "# caf\xe9\n127.0.1.1 srv", "srv", "# caf\xe9\n" + e);
 }
@@ -85,5 +105,15 @@ void TestInitLogic::outputParagraph_data()
     QTest::newRow("UTF-8") << QString("Готово\n").toUtf8() << "Готово";
 }
 
-QTEST_GUILESS_MAIN(TestInitLogic)
+void TestInitLogic::paneSlices_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("LF and CR LF lines") << QString("line\r\nline\n").repeated(3000);
+    QTest::newRow("blank lines") << QString("a\n\n\n").repeated(5000);
+    QTest::newRow("CR LF where a slice would end")
+        << QString(8191, 'x') + "\r\n" + QString("y\r\ny\n").repeated(3000);
+    QTest::newRow("one long line") << QString(40000, 'x');
+}
+
+QTEST_MAIN(TestInitLogic)
 #include "tst_initlogic.moc"

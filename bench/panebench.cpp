@@ -1,0 +1,134 @@
+// Streams a file through the real initialisation dialog, offscreen, and through a bare pipe:
+// bench-pane DATA-TOOL FIXTURE EXPECTED RUNS. The tool run by the dialog is a stand-in that plays
+// FIXTURE with `DATA-TOOL feed`; the pipe is the same command into `cat > /dev/null`. EXPECTED is
+// the text the pane must show. It writes /etc/orn/tempFile, so it belongs inside sandbox/run.
+// Prints medians in milliseconds, the longest gap between 5 ms heartbeats of the GUI thread, the
+// memory the pane took per line, whether the text matched and whether undo stayed enabled.
+#include "benchtools.h"
+#include "initrequest.h"
+#include "initserverdialog.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QPlainTextEdit>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+long residentBytes()
+{
+    QFile statm(QStringLiteral("/proc/self/statm"));
+    if (!statm.open(QIODevice::ReadOnly))
+        return 0;
+    const QList<QByteArray> fields = statm.readAll().split(' ');
+    return fields.size() > 1 ? fields.at(1).toLong() * sysconf(_SC_PAGESIZE) : 0;
+}
+
+struct PaneRun
+{
+    double ms = 0;
+    double longestGapMs = 0;
+    long grownBytes = 0;
+    bool undo = false;
+    QString text;
+};
+
+PaneRun runDialog(const QString &fixture)
+{
+    qputenv("BENCH_PANE_FIXTURE", QFile::encodeName(fixture));
+    PaneRun run;
+    const long before = residentBytes();
+    InitServerDialog dialog(
+        InitRequest::make(QStringLiteral("k"), QStringLiteral("a"), false, {}, {}, {}));
+    auto *pane = dialog.findChild<QPlainTextEdit *>(QStringLiteral("_plainTextEdit"));
+    QElapsedTimer clock, beat;
+    QTimer heartbeat;
+    heartbeat.setTimerType(Qt::PreciseTimer);
+    heartbeat.setInterval(5);
+    const auto tick = [&run, &beat] {
+        if (beat.isValid())
+            run.longestGapMs = std::max(run.longestGapMs, beat.nsecsElapsed() / 1e6);
+        beat.start();
+    };
+    QObject::connect(&heartbeat, &QTimer::timeout, tick);
+    QObject::connect(&dialog, &InitServerDialog::serverCreatedSuccsessfully, [&] {
+        run.ms = clock.nsecsElapsed() / 1e6;
+        tick();
+        heartbeat.stop();
+        run.grownBytes = residentBytes() - before;
+        run.undo = pane->isUndoRedoEnabled();
+        run.text = pane->toPlainText();
+        QTimer::singleShot(0, &dialog, &QDialog::reject);
+    });
+    // A stand-in that never ends must not hold the benchmark forever.
+    QTimer::singleShot(300000, &dialog, [&dialog] { dialog.done(QDialog::Rejected); });
+    heartbeat.start();
+    clock.start();
+    dialog.exec();
+    return run;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    const int runs = argc == 5 ? std::max(1, std::atoi(argv[4])) : 0;
+    if (runs == 0) {
+        std::fprintf(stderr, "usage: bench-pane DATA-TOOL FIXTURE EXPECTED RUNS\n");
+        return 2;
+    }
+    const QString dataTool = QString::fromLocal8Bit(argv[1]);
+    const QString fixture = QString::fromLocal8Bit(argv[2]);
+    QFile expectedFile(QString::fromLocal8Bit(argv[3]));
+    QTemporaryDir fakes;
+    QFile tool(fakes.filePath(QStringLiteral("orn-init")));
+    if (!expectedFile.open(QIODevice::ReadOnly) || !fakes.isValid() ||
+        !tool.open(QIODevice::WriteOnly) ||
+        tool.write("#!/bin/sh\nexec \"$BENCH_DATA_TOOL\" feed \"$BENCH_PANE_FIXTURE\"\n") < 0 ||
+        !tool.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner)) {
+        std::fprintf(stderr, "bench-pane: cannot set up the stand-in tool\n");
+        return 1;
+    }
+    tool.close();
+    // The pane shows every line, and the final line feed starts no further line.
+    QString expected = QString::fromLocal8Bit(expectedFile.readAll());
+    expected.chop(expected.endsWith(QLatin1Char('\n')) ? 1 : 0);
+    const int lines = expected.count(QLatin1Char('\n')) + 1;
+    qputenv("BENCH_DATA_TOOL", argv[1]);
+    qputenv("PATH", QFile::encodeName(fakes.path()) + ':' + qgetenv("PATH"));
+
+    // Fonts, styles and the first window cost once, in any console.
+    QFile small(fakes.filePath(QStringLiteral("small")));
+    if (small.open(QIODevice::WriteOnly) && small.write("warm\n") == 5)
+        small.close();
+    runDialog(small.fileName());
+
+    std::vector<double> dialogMs, pipeMs;
+    PaneRun first;
+    bool same = true;
+    QElapsedTimer clock;
+    for (int run = 0; run < runs; ++run) {
+        clock.start();
+        runTool({"/bin/sh", "-c", "\"$0\" feed \"$1\" | cat >/dev/null", dataTool.toStdString(),
+                 fixture.toStdString()});
+        pipeMs.push_back(clock.nsecsElapsed() / 1e6);
+        PaneRun pane = runDialog(fixture);
+        dialogMs.push_back(pane.ms);
+        same = same && pane.text == expected;
+        if (run == 0)
+            first = pane;
+        first.longestGapMs = std::max(first.longestGapMs, pane.longestGapMs);
+        first.undo = first.undo && pane.undo;
+    }
+    std::printf("pane_ms %.0f\npipe_ms %.1f\nlines %d\nlines_per_s %.0f\nlongest_gap_ms %.1f\n"
+                "bytes_per_line %.0f\nsame_text %d\nundo %d\n",
+                median(dialogMs), median(pipeMs), lines, lines / (median(dialogMs) / 1000),
+                first.longestGapMs, double(first.grownBytes) / lines, same, first.undo);
+    return same && first.undo ? 0 : 1;
+}
