@@ -5,9 +5,13 @@ SCREENSHOTS ?= $(CURDIR)/demo-screenshots
 
 # What a fresh Debian 12 machine lacks to build, test and show the plug-in.
 PACKAGES := cmake make g++ qtbase5-dev qttools5-dev qttools5-dev-tools \
-            fonts-dejavu-core util-linux iproute2
+            fonts-dejavu-core util-linux iproute2 strace e2fsprogs
 
-.PHONY: check demo deps build
+# The Debian packages (make deb) and the suite that installs them need these as well.
+DEB_PACKAGES := build-essential dpkg-dev debhelper lintian
+DEB_DIR ?= $(BUILD_DIR)/deb
+
+.PHONY: check demo deps build deb
 
 deps:
 	@missing=""; \
@@ -31,9 +35,52 @@ build: deps
 	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo
 	cmake --build $(BUILD_DIR) -j$(JOBS)
 
-check: build
-	cd $(BUILD_DIR) && ctest --output-on-failure -j$(JOBS)
+check deb: PACKAGES += $(DEB_PACKAGES)
+
+# PYX_DEB_DIR tells the installed-package suite where the packages are, and that it must find them.
+check: build deb
+	cd $(BUILD_DIR) && PYX_DEB_DIR=$(abspath $(DEB_DIR)) ctest --output-on-failure -j$(JOBS)
+
+# The whole suite again in a tree of its own built with AddressSanitizer and UndefinedBehavior-
+# Sanitizer: a memory error, undefined behaviour or a leak in our code fails its test.
+ASAN_BUILD_DIR ?= build-asan
+.PHONY: check-asan
+check-asan: deps
+	cmake -S . -B $(ASAN_BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DPYX_SANITIZE=ON
+	cmake --build $(ASAN_BUILD_DIR) -j$(JOBS)
+	cd $(ASAN_BUILD_DIR) && ctest --output-on-failure -j$(JOBS)
+
+# libFuzzer targets (fuzz/), built by clang in a tree of their own; each runs FUZZ_SECONDS.
+FUZZ_BUILD_DIR ?= build-fuzz
+FUZZ_SECONDS ?= 60
+.PHONY: fuzz
+fuzz: PACKAGES += clang libclang-rt-14-dev
+fuzz: deps
+	cmake -S . -B $(FUZZ_BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	    -DCMAKE_CXX_COMPILER=clang++ -DPYX_FUZZ=ON -DBUILD_TESTING=OFF
+	cmake --build $(FUZZ_BUILD_DIR) -j$(JOBS) --target fuzzers
+	fuzz/run $(FUZZ_BUILD_DIR) $(FUZZ_SECONDS)
+
+# Times the plug-in against the tools an administrator would use instead; prints the table that
+# the README's Performance section shows.
+.PHONY: bench
+bench: PACKAGES += hyperfine
+bench: deps
+	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake --build $(BUILD_DIR) -j$(JOBS) --target bench-drivers
+	bench/run $(BUILD_DIR)
 
 # Runs the console on the simulated host: interactive with a display, screenshots without one.
 demo: build
 	BUILD_DIR=$(BUILD_DIR) sandbox/demo "$(SCREENSHOTS)"
+
+# The plug-in's package and the console stand-in's, built from a copy of the tree so that the
+# package build's files stay out of it; the .deb, .changes and .buildinfo files land in DEB_DIR.
+deb: deps
+	rm -rf $(DEB_DIR)/src $(DEB_DIR)/*.deb $(DEB_DIR)/*.changes $(DEB_DIR)/*.buildinfo
+	mkdir -p $(DEB_DIR)/src
+	tar -cf - --exclude-vcs --exclude=./build --exclude='./build-*' --exclude='./obj-*' \
+	    --exclude=./demo-screenshots --exclude=./$(BUILD_DIR) --exclude=./$(DEB_DIR) . \
+	    | tar -xf - -C $(DEB_DIR)/src
+	cd $(DEB_DIR)/src && DEB_BUILD_OPTIONS="nocheck parallel=$(JOBS)" dpkg-buildpackage -us -uc -b
+	lintian --fail-on error $(DEB_DIR)/*.changes

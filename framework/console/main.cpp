@@ -12,8 +12,9 @@ namespace {
 
 QString defaultPluginFolder()
 {
-    for (const QString &folder :
-         {QStringLiteral(PYX_PLUGIN_INSTALL_DIR), QStringLiteral(PYX_BUILD_PLUGIN_DIR)}) {
+    const QString inBuildTree = QDir(QCoreApplication::applicationDirPath())
+                                    .filePath(QStringLiteral(PYX_BUILD_PLUGIN_DIR_FROM_BIN));
+    for (const QString &folder : {QStringLiteral(PYX_PLUGIN_INSTALL_DIR), inBuildTree}) {
         if (!QDir(folder).entryList(QDir::Files).isEmpty())
             return folder;
     }

@@ -1,0 +1,193 @@
+// The packages of `make deb`, installed by the package tool into the simulated host's /usr, and
+// the installed console started from there with no path given: it must find the installed
+// plug-in, the libraries of both packages and the plug-in's catalogue by itself.
+#include "sandboxprocess.h"
+
+#include <QDir>
+#include <QImage>
+#include <QProcessEnvironment>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+const QString installedConsole = QStringLiteral("/usr/bin/pyx-console");
+
+// `make check` names the folder and wants the packages there; a tree that has none and was not
+// told where to look skips this suite.
+QString debDir()
+{
+    const QString named = qEnvironmentVariable("PYX_DEB_DIR");
+    return named.isEmpty() ? QStringLiteral(PYX_DEFAULT_DEB_DIR) : named;
+}
+
+QStringList packageFiles()
+{
+    const QDir dir(debDir());
+    QStringList files;
+    for (const QString &package :
+         {QStringLiteral("pyx-console-standin"), QStringLiteral("pyx-orn-server-plugin")}) {
+        const QStringList found = dir.entryList({package + QStringLiteral("_*.deb")}, QDir::Files);
+        if (found.size() == 1)
+            files << dir.filePath(found.first());
+    }
+    return files;
+}
+
+SandboxRun runProgram(const QString &program, const QStringList &arguments,
+                      const QProcessEnvironment &environment)
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(program, arguments);
+    if (!process.waitForFinished(60000)) {
+        process.kill();
+        process.waitForFinished();
+    }
+    SandboxRun run;
+    if (process.exitStatus() == QProcess::NormalExit && process.error() != QProcess::FailedToStart)
+        run.exitCode = process.exitCode();
+    run.out = process.readAllStandardOutput();
+    run.err = process.readAllStandardError();
+    return run;
+}
+
+} // namespace
+
+class TestInstalledPackages : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void listPlugins_data();
+    void listPlugins();
+    void formInRussian();
+
+private:
+    QProcessEnvironment consoleEnvironment(const QString &lang) const;
+    QImage screenshot(const QStringList &console, const QString &lang);
+
+    QTemporaryDir m_work;
+    int m_pictures = 0;
+};
+
+void TestInstalledPackages::initTestCase()
+{
+    if (!QFileInfo(QStringLiteral("/usr")).isWritable())
+        QSKIP("the simulated host has no copy-on-write /usr here, so nothing can be installed");
+    const QStringList debs = packageFiles();
+    QVERIFY2(debs.size() == 2, qPrintable(QStringLiteral("want one pyx-console-standin and one "
+                                                         "pyx-orn-server-plugin package in %1 "
+                                                         "(make deb builds them)")
+                                              .arg(debDir())));
+    QVERIFY(m_work.isValid());
+
+    // A package database of its own keeps the host's untouched; as it knows only these two
+    // packages, the host's libraries count as missing there.
+    const QString admin = m_work.filePath(QStringLiteral("dpkg"));
+    QVERIFY(QDir().mkpath(admin + QStringLiteral("/info")) &&
+            QDir().mkpath(admin + QStringLiteral("/updates")));
+    QFile status(admin + QStringLiteral("/status"));
+    QVERIFY(status.open(QIODevice::WriteOnly));
+    status.close();
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    // The package tool refuses to run without ldconfig on the PATH.
+    environment.insert(QStringLiteral("PATH"), environment.value(QStringLiteral("PATH")) +
+                                                   QStringLiteral(":/usr/sbin:/sbin"));
+    const SandboxRun install =
+        runProgram(QStringLiteral("dpkg"),
+                   QStringList{QStringLiteral("--admindir=") + admin,
+                               QStringLiteral("--log=") + admin + QStringLiteral("/log"),
+                               QStringLiteral("--force-depends"), QStringLiteral("--no-triggers"),
+                               QStringLiteral("--install")} +
+                       debs,
+                   environment);
+    QVERIFY2(install.exitCode == 0, install.err.constData());
+}
+
+void TestInstalledPackages::listPlugins_data()
+{
+    QTest::addColumn<QString>("packageQuery"); // the simulated dpkg-query's mode
+    QTest::addColumn<QString>("state");
+    QTest::newRow("server packages installed") << QStringLiteral("ok") << QStringLiteral("enabled");
+    QTest::newRow("package query fails")
+        << QStringLiteral("exit:1") << QStringLiteral("The plug-in cannot work on this machine");
+}
+
+void TestInstalledPackages::listPlugins()
+{
+    QFETCH(QString, packageQuery);
+    QFETCH(QString, state);
+    QProcessEnvironment environment = consoleEnvironment(QStringLiteral("C.UTF-8"));
+    environment.insert(QStringLiteral("SANDBOX_MODE_DPKG_QUERY"), packageQuery);
+    const SandboxRun run =
+        runProgram(installedConsole, {QStringLiteral("--list-plugins")}, environment);
+    QVERIFY2(run.exitCode == 0, run.err.constData());
+    // The one plug-in of the folder the console chose by itself: the package's multiarch one.
+    const QRegularExpression line(
+        QStringLiteral("^/usr/lib/[^/]+/pyx-console/plugins/libpyx-orn-server-plugin\\.so\\t%1\\n$")
+            .arg(QRegularExpression::escape(state)));
+    QVERIFY2(line.match(QString::fromUtf8(run.out)).hasMatch(), run.out.constData());
+}
+
+void TestInstalledPackages::formInRussian()
+{
+    const QImage russian = screenshot({installedConsole}, QStringLiteral("ru_RU.UTF-8"));
+    // The build's console and plug-in, reading the same catalogue, draw the form as it should be.
+    const QImage reference =
+        screenshot({QStringLiteral(PYX_BUILD_CONSOLE), QStringLiteral("--plugin-dir"),
+                    QStringLiteral(PYX_BUILD_PLUGIN_DIR)},
+                   QStringLiteral("ru_RU.UTF-8"));
+    const QImage untranslated = screenshot({installedConsole}, QStringLiteral("C.UTF-8"));
+    QVERIFY(!russian.isNull() && !reference.isNull() && !untranslated.isNull());
+    QVERIFY(russian == reference);
+    QVERIFY(russian != untranslated);
+}
+
+QProcessEnvironment TestInstalledPackages::consoleEnvironment(const QString &lang) const
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const QString &name :
+         {QStringLiteral("LANGUAGE"), QStringLiteral("LC_ALL"), QStringLiteral("LC_MESSAGES")})
+        environment.remove(name);
+    environment.insert(QStringLiteral("LANG"), lang);
+    // Qt would otherwise make a runtime folder of its own choosing under /tmp.
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_work.path());
+    return environment;
+}
+
+// The window once the plug-in's form has been read; a null image when the console failed.
+QImage TestInstalledPackages::screenshot(const QStringList &console, const QString &lang)
+{
+    const QString file = m_work.filePath(QStringLiteral("%1.png").arg(++m_pictures));
+    const SandboxRun run = runProgram(
+        console.first(),
+        console.mid(1) + QStringList{QStringLiteral("--open"), QStringLiteral("OrnServer"),
+                                     QStringLiteral("--screenshot"), file},
+        consoleEnvironment(lang));
+    if (run.exitCode != 0)
+        qWarning("%s", run.err.constData());
+    return QImage(file);
+}
+
+int main(int argc, char *argv[])
+{
+    if (qEnvironmentVariableIsEmpty("PYX_DEB_DIR") && packageFiles().isEmpty()) {
+        std::fprintf(stderr, "SKIP: no packages in %s (make deb builds them)\n",
+                     qPrintable(debDir()));
+        return 77;
+    }
+    // Only the package may put a catalogue where the plug-in looks for one.
+    const QTemporaryDir noCatalogues;
+    const int outside =
+        runInsideSandbox(argc, argv, {QStringLiteral("--translations"), noCatalogues.path()});
+    if (outside >= 0)
+        return outside;
+    QCoreApplication app(argc, argv);
+    TestInstalledPackages test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_installedpackages.moc"
