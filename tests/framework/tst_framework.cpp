@@ -26,10 +26,13 @@ class ServerModule : public Module
 public:
     explicit ServerModule(qint32 placement = 2,
                           TaskDescription::TaskStatus status = TaskDescription::Success)
-        : Module(QStringLiteral("ServerModule"), nullptr, false), element(new ServerElement(*this))
-        , form(new Form(*this)), m_status(status)
+        : Module("ServerModule", nullptr, false)
+        , m_status(status)
     {
-        parentTypeName = QStringLiteral("OrnDomainModule");
+        parentTypeName = "OrnDomainModule";
+        element->typeName = element->elementTypeName = element->title = "Server";
+        element->parentTypeName = "OrnDomain";
+        form->elementTypeName = "Server";
         element->placement = placement;
         elements << element;
         insertElementWidget(form);
@@ -44,11 +47,7 @@ public:
 
     struct ServerElement : Element
     {
-        explicit ServerElement(Module &module) : Element(module, nullptr)
-        {
-            typeName = elementTypeName = title = QStringLiteral("Server");
-            parentTypeName = QStringLiteral("OrnDomain");
-        }
+        using Element::Element;
         bool performOperation(OperationType operation, ElementData *data, int n) override
         {
             return module->performOperation(this, operation, data, n);
@@ -56,10 +55,7 @@ public:
     };
     struct Form : ViewEditElementWidget
     {
-        explicit Form(Module &module) : ViewEditElementWidget(module, nullptr, nullptr)
-        {
-            elementTypeName = QStringLiteral("Server");
-        }
+        using ViewEditElementWidget::ViewEditElementWidget;
         void afterSuccessfulRead(Element *element, ElementData *data) override
         {
             reads << data;
@@ -72,7 +68,8 @@ public:
     struct Task : ReadPropertyHeavyTask
     {
         Task(Element *element, TaskDescription::TaskStatus status)
-            : ReadPropertyHeavyTask(element), status(status)
+            : ReadPropertyHeavyTask(element)
+            , status(status)
         {
             elementData = new ElementData;
         }
@@ -84,8 +81,8 @@ public:
         TaskDescription::TaskStatus status;
     };
 
-    ServerElement *element;
-    Form *form;
+    ServerElement *element = new ServerElement(*this, nullptr);
+    Form *form = new Form(*this, nullptr, nullptr);
 
 private:
     TaskDescription::TaskStatus m_status;
@@ -113,12 +110,12 @@ void TestFramework::treeIsConsistentAndPlacedByParentType()
     model.addModule(&domain);
     model.addModule(&later);
     model.addModule(&earlier);
-    model.addUnavailablePlugin(QStringLiteral("Broken"), QStringLiteral("cannot load"));
+    model.addUnavailablePlugin("Broken", "cannot load");
 
     QCOMPARE(domain.domainElement()->childNodes(),
              (QList<TreeNode *>{earlier.element, later.element}));
     QCOMPARE(later.parentNode(), &domain);
-    QCOMPARE(model.node(model.indexOfType(QStringLiteral("Server"))), earlier.element);
+    QCOMPARE(model.node(model.indexOfType("Server")), earlier.element);
     QVERIFY(!(model.flags(model.index(1, 0)) & Qt::ItemIsEnabled));
 
     // Without its parent type in the tree an element stays beneath its own module.
@@ -148,7 +145,7 @@ void TestFramework::openingAnElementReadsItIntoItsForm()
     QSignalSpy settled(&window, &ConsoleWindow::currentElementSettled);
     server.form->blockEditWidget(true);
 
-    QVERIFY(window.openType(QStringLiteral("Server")));
+    QVERIFY(window.openType("Server"));
     QVERIFY(settled.wait());
     QCOMPARE(server.form->reads.size(), delivered ? 1 : 0);
     QCOMPARE(server.element->elementData() != nullptr, delivered);

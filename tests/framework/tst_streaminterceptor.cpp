@@ -16,10 +16,10 @@ QString descriptorState()
 {
     struct stat st = {};
     fstat(STDERR_FILENO, &st);
-    const int open = QDir(QStringLiteral("/proc/self/fd"))
+    const int open = QDir("/proc/self/fd")
                          .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
                          .size();
-    return QStringLiteral("fd 2 is %1:%2, %3 open").arg(st.st_dev).arg(st.st_ino).arg(open);
+    return QString("fd 2 is %1:%2, %3 open").arg(st.st_dev).arg(st.st_ino).arg(open);
 }
 
 // Over 1 MiB, far beyond what a pipe buffers, in numbered lines so that a lost, doubled or

@@ -19,9 +19,7 @@ struct ProbeTask : AbstractTask
     ~ProbeTask() override
     {
         (*traces)[description.description().toInt()] +=
-            QStringLiteral(", run off GUI %1, afterRun on GUI %2, deleted")
-                .arg(ranOff)
-                .arg(afterRanOn);
+            QString(", run off GUI %1, afterRun on GUI %2, deleted").arg(ranOff).arg(afterRanOn);
     }
     void run() override
     {
@@ -58,13 +56,12 @@ private slots:
         const QObject context;
         connect(TaskObserver::instance(nullptr), &TaskObserver::taskFinished, &context,
                 [&](const TaskDescription &task, bool completed) {
-                    traces[task.description().toInt()] +=
-                        QStringLiteral("finished %1").arg(completed);
+                    traces[task.description().toInt()] += QString("finished %1").arg(completed);
                 });
         for (int i = 0; i < 8; ++i) {
             TaskObserver::instance(nullptr)->performTask(new ProbeTask(complete, &traces));
-            expected << QStringLiteral("finished %1, run off GUI 1, afterRun on GUI 1, deleted")
-                            .arg(complete);
+            expected
+                << QString("finished %1, run off GUI 1, afterRun on GUI 1, deleted").arg(complete);
         }
         QTRY_COMPARE(traces, expected);
     }

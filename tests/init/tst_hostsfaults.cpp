@@ -29,11 +29,6 @@ bool aims(const QString &line, const QStringList &fault)
            QRegularExpression(fault.at(3)).match(call.captured(2) + call.captured(3)).hasMatch();
 }
 
-QStringList namespaces()
-{
-    return {QFile::symLinkTarget("/proc/self/ns/mnt"), QFile::symLinkTarget("/proc/self/ns/uts")};
-}
-
 // One creation with custom network settings, closed once it has finished. Prints whether it
 // finished and the tool succeeded, then the pane.
 int drive(int argc, char *argv[])
@@ -73,24 +68,13 @@ Drive runDrive(const QStringList &injections)
     QStringList arguments{"-o", strace, "-y", "-e", traced};
     for (const QString &injection : injections)
         arguments += {"-e", "inject=" + injection};
-    QProcess process;
     // LeakSanitizer cannot work under a tracer (make check-asan); the other runs check leaks.
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("ASAN_OPTIONS", environment.value("ASAN_OPTIONS") + ":detect_leaks=0");
-    process.setProcessEnvironment(environment);
-    process.start("strace",
-                  arguments << "--" << QCoreApplication::applicationFilePath() << "--drive");
-    if (!process.waitForFinished(30000)) {
-        process.kill();
-        process.waitForFinished();
-    }
-    return {QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(readFile(strace)).split('\n')};
-}
-
-bool sh(const QString &script)
-{
-    return QProcess::execute("/bin/sh", {"-c", script}) == 0;
+    const SandboxRun run = runProgram(
+        "strace", arguments << "--" << QCoreApplication::applicationFilePath() << "--drive",
+        environment);
+    return {QString::fromUtf8(run.out), QString::fromUtf8(readFile(strace)).split('\n')};
 }
 
 } // namespace
@@ -136,10 +120,10 @@ void TestHostsFaults::faults_data()
     QTest::addColumn<QString>("seen"); // a pattern in strace's log: the fault struck where meant
     QTest::addColumn<QString>("pane");
     QTest::addColumn<bool>("replaced");
-    const QString small = "mount -t tmpfs -o size=%1 tmpfs /etc/small && ";
-    const QString moved = "mv /etc/hosts /etc/small && ln -s small/hosts /etc/hosts";
-    const QString bind = "cp /etc/hosts /etc/small/hosts && mount --bind /etc/small/hosts "
-                         "/etc/hosts";
+    const QString small = "mount -t tmpfs -o size=8k tmpfs /etc/small && ";
+    const QString moved = small + "mv /etc/hosts /etc/small && ln -s small/hosts /etc/hosts";
+    const QString bind =
+        small + "cp /etc/hosts /etc/small/hosts && mount --bind /etc/small/hosts /etc/hosts";
     const QString tempFile = "/etc/[.]hosts[.]\\w{6}$", hosts = "^/etc/hosts$";
     const QString unopened = "File /etc/hosts can not be opened";
     const QString unwritten = "Write error in file /etc/hosts";
@@ -149,13 +133,13 @@ void TestHostsFaults::faults_data()
         QTest::newRow(name) << setup << injections << seen << pane << replaced;
     };
     // The new file takes a page and a bit: the first write fills the free page, the next fails.
-    row("file system full", small.arg("8k") + moved, {},
+    row("file system full", moved, {},
         R"(write\(\d+</etc/small/\.hosts\.\w{6}>, .*\) = 4096\nwrite\(\d+</etc/small/\.hosts\.)"
         R"(\w{6}>, .*\) = -1 ENOSPC)",
         unwritten, false);
-    row("file system read-only", small.arg("8k") + moved + " && mount -o remount,ro /etc/small", {},
+    row("file system read-only", moved + " && mount -o remount,ro /etc/small", {},
         R"("/etc/small/\.hosts\.\w{6}", .*\) = -1 EROFS)", unopened, false);
-    row("folder immutable", small.arg("8k") + moved + " && chattr +i /etc/small", {},
+    row("folder immutable", moved + " && chattr +i /etc/small", {},
         R"("/etc/small/\.hosts\.\w{6}", .*\) = -1 EPERM)", unopened, false);
     // The new file's calls, failed one at a time. A regular file takes all its bytes in one
     // write(): first and last are the same call here, the full file system above splits them.
@@ -168,20 +152,16 @@ void TestHostsFaults::faults_data()
     row("fsync of the folder fails", "", {"fsync:EIO:last:^/etc$"}, "", "", true);
     // Mounted over, the file can only be rewritten in place: its first write brings the new
     // bytes, its last one, after a failure, the old ones back.
-    row("mounted over", small.arg("8k") + bind, {}, busy, "", true);
-    row("mounted over, read-only",
-        small.arg("8k") + bind +
-            " && mount -o remount,ro,bind "
-            "/etc/hosts",
-        {}, busy, unopened, false);
-    row("mounted over, file system full", small.arg("4k") + bind, {},
+    row("mounted over", bind, {}, busy, "", true);
+    row("mounted over, read-only", bind + " && mount -o remount,ro,bind /etc/hosts", {}, busy,
+        unopened, false);
+    row("mounted over, file system full", QString(bind).replace("8k", "4k"), {},
         R"(fallocate\(\d+</etc/hosts>, .*\) = -1 ENOSPC)", unwritten, false);
-    row("mounted over, write fails", small.arg("8k") + bind, {"write:EIO:first:" + hosts}, busy,
-        unwritten, false);
+    row("mounted over, write fails", bind, {"write:EIO:first:" + hosts}, busy, unwritten, false);
     // The new bytes are in the file when the sync fails: the old ones are written back.
-    row("mounted over, fsync fails", small.arg("8k") + bind, {"fsync:EIO:first:" + hosts},
+    row("mounted over, fsync fails", bind, {"fsync:EIO:first:" + hosts},
         R"(write\(\d+</etc/hosts>, "127.*\) = 4080\n)", unwritten, false);
-    row("mounted over, fsync and the restoring write fail", small.arg("8k") + bind,
+    row("mounted over, fsync and the restoring write fail", bind,
         {"fsync:EIO:first:" + hosts, "write:EIO:last:" + hosts}, busy, unwritten, true);
 }
 
@@ -231,14 +211,8 @@ void TestHostsFaults::faults()
 
 int main(int argc, char *argv[])
 {
-    const int inside =
-        runInsideSandbox(argc, argv, {"--env", "PYX_INIT_OUTSIDE=" + namespaces().join(' ')});
-    if (inside >= 0)
+    if (const int inside = runOnSimulatedHost(argc, argv); inside >= 0)
         return inside;
-    // Nothing here may run where the mounts or the host name are the real host's.
-    const QStringList host = qEnvironmentVariable("PYX_INIT_OUTSIDE").split(' ');
-    if (host.size() != 2 || namespaces().contains(host.at(0)) || namespaces().contains(host.at(1)))
-        return std::fputs("not on a simulated host\n", stderr), 1;
     if (argc == 2 && qstrcmp(argv[1], "--drive") == 0)
         return drive(argc, argv);
     QApplication app(argc, argv);

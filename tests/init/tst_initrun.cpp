@@ -27,13 +27,6 @@ const QString kerberos = " Kdb:7%2 Qx9 ", admin = "Адм1н%1Zy8";
 QtMessageHandler defaultHandler = nullptr;
 bool destroyedWhileRunning = false;
 
-// Scripts find the system's tools whatever PATH a case chose.
-bool sh(const QString &script)
-{
-    return QProcess::execute("/bin/sh", {"-c", "PATH=/usr/sbin:/usr/bin:/sbin:/bin\n" + script}) ==
-           0;
-}
-
 QSet<QString> processes()
 {
     QSet<QString> pids;
@@ -41,11 +34,6 @@ QSet<QString> processes()
         if (entry.toInt() > 0)
             pids << entry;
     return pids;
-}
-
-QStringList namespaces()
-{
-    return {QFile::symLinkTarget("/proc/self/ns/mnt"), QFile::symLinkTarget("/proc/self/ns/uts")};
 }
 
 } // namespace
@@ -90,9 +78,8 @@ void TestInitRun::init()
     qputenv("SANDBOX_ENV_LOG", "/etc/pyx-tools.env");
     qputenv("PATH", PYX_TEST_FAKES_DIR ":" + m_path);
     QVERIFY(sh("rm -rf /etc/hosts /etc/h /etc/target /etc/created /etc/noexec /etc/orn && "
-               "mkdir /etc/orn && "
-               "cp /etc/pyx-hosts.default /etc/hosts && hostname ws1 && : >$SANDBOX_LOG && "
-               ": >$SANDBOX_ENV_LOG"));
+               "mkdir /etc/orn && cp /etc/pyx-hosts.default /etc/hosts && hostname ws1 && "
+               ": >$SANDBOX_LOG && : >$SANDBOX_ENV_LOG"));
 }
 
 void TestInitRun::run_data()
@@ -111,8 +98,10 @@ void TestInitRun::run_data()
     };
     const QStringList show{"FAKE_ORN_INIT_SHOW=1"}, fakes{"PATH=" PYX_TEST_FAKES_DIR};
     const QStringList simulated{"PATH=" + QString::fromLocal8Bit(m_path)};
-    const QStringList orphan =
-        simulated + QStringList{"SANDBOX_MODE_ORN_INIT=orphan", "SANDBOX_ORN_INIT_DURATION=60"};
+    const auto mode = [&](const QString &m) {
+        return QStringList(simulated) << "SANDBOX_MODE_ORN_INIT=" + m;
+    };
+    const QStringList orphan = mode("orphan") << "SANDBOX_ORN_INIT_DURATION=60";
     const QString seen = "[init][--force][--pass-file=/etc/orn/tempFile]\n", none, ok = "success";
     const QString written =
         seen + "600 0 regular file\nK/M:" + kerberos + "\nadmin/admin:" + admin + "|";
@@ -173,12 +162,9 @@ void TestInitRun::run_data()
         {"PATH=/etc/noexec:" PYX_TEST_FAKES_DIR}, none, "", ok);
     row("simulated tool", "", simulated, "dc1", none, "rename success",
         "grep -qx 'domain = new.lan' /etc/orn/orn.conf");
-    row("simulated tool crashes", "", simulated + QStringList{"SANDBOX_MODE_ORN_INIT=crash"}, none,
-        none, "");
-    row("simulated tool exits 2", "", simulated + QStringList{"SANDBOX_MODE_ORN_INIT=exit:2"}, none,
-        none, "");
-    row("simulated tool prints a megabyte", "",
-        simulated + QStringList{"SANDBOX_MODE_ORN_INIT=flood:1"}, none, none, ok);
+    row("simulated tool crashes", "", mode("crash"), none, none, "");
+    row("simulated tool exits 2", "", mode("exit:2"), none, none, "");
+    row("simulated tool prints a megabyte", "", mode("flood:1"), none, none, ok);
     // The simulated tool leaves a helper behind, which must not outlive the run either.
     row("Abort", "", orphan, none, none, "ignored", "true", "abort");
     row("dialog destroyed", "", orphan, none, none, "ignored", "true", "destroy");
@@ -338,14 +324,8 @@ void TestInitRun::unprivilegedReader()
 // The simulated tool leaves a helper behind; neither may outlive the run.
 int main(int argc, char *argv[])
 {
-    const int inside =
-        runInsideSandbox(argc, argv, {"--env", "PYX_INIT_OUTSIDE=" + namespaces().join(' ')});
-    if (inside >= 0)
+    if (const int inside = runOnSimulatedHost(argc, argv); inside >= 0)
         return inside;
-    // Nothing here may run where the mounts or the host name are the real host's.
-    const QStringList host = qEnvironmentVariable("PYX_INIT_OUTSIDE").split(' ');
-    if (host.size() != 2 || namespaces().contains(host.at(0)) || namespaces().contains(host.at(1)))
-        return std::fputs("not on a simulated host\n", stderr), 1;
     QApplication app(argc, argv);
     TestInitRun test;
     return QTest::qExec(&test, argc, argv);

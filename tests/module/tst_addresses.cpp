@@ -3,6 +3,7 @@
 #include "ornserverreadheavytast.h"
 #include "ornservicemodule.h"
 #include "pyxorncore.h"
+#include "sandboxprocess.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -43,8 +44,7 @@ private slots:
         };
         ip({"link set lo up"});
         QStringList loopback = {"127.0.0.1"};
-        QFile ipv6("/proc/sys/net/ipv6/conf/lo/disable_ipv6");
-        if (ipv6.open(QIODevice::ReadOnly) && ipv6.readAll().trimmed() == "0")
+        if (readFile("/proc/sys/net/ipv6/conf/lo/disable_ipv6").trimmed() == "0")
             loopback << "::1";
         QVariantMap record = read();
         QCOMPARE(record.value("ipAddresses").toStringList(), loopback);

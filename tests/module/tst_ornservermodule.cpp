@@ -5,6 +5,7 @@
 #include "ornserverreadheavytast.h"
 #include "ornservicemodule.h"
 #include "pyxorncore.h"
+#include "sandboxprocess.h"
 #include "taskobserver.h"
 
 #include <QSignalSpy>
@@ -41,11 +42,7 @@ class TestOrnServerModule : public QObject
     std::unique_ptr<OrnServiceModule> m_module;
     OrnServerElement *m_element = nullptr;
 
-    int dpkgCalls() const
-    {
-        QFile log(m_dir.filePath("log"));
-        return log.open(QIODevice::ReadOnly) ? log.readAll().count('\n') : 0;
-    }
+    int dpkgCalls() const { return readFile(m_dir.filePath("log")).count('\n'); }
 
 private slots:
     void init()

@@ -12,45 +12,26 @@
 
 namespace {
 
-const QString installedConsole = QStringLiteral("/usr/bin/pyx-console");
+const QString installedConsole = "/usr/bin/pyx-console";
 
 // `make check` names the folder and wants the packages there; a tree that has none and was not
 // told where to look skips this suite.
 QString debDir()
 {
     const QString named = qEnvironmentVariable("PYX_DEB_DIR");
-    return named.isEmpty() ? QStringLiteral(PYX_DEFAULT_DEB_DIR) : named;
+    return named.isEmpty() ? QString(PYX_DEFAULT_DEB_DIR) : named;
 }
 
 QStringList packageFiles()
 {
     const QDir dir(debDir());
     QStringList files;
-    for (const QString &package :
-         {QStringLiteral("pyx-console-standin"), QStringLiteral("pyx-orn-server-plugin")}) {
-        const QStringList found = dir.entryList({package + QStringLiteral("_*.deb")}, QDir::Files);
+    for (const char *package : {"pyx-console-standin", "pyx-orn-server-plugin"}) {
+        const QStringList found = dir.entryList({QString(package) + "_*.deb"}, QDir::Files);
         if (found.size() == 1)
             files << dir.filePath(found.first());
     }
     return files;
-}
-
-SandboxRun runProgram(const QString &program, const QStringList &arguments,
-                      const QProcessEnvironment &environment)
-{
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(program, arguments);
-    if (!process.waitForFinished(60000)) {
-        process.kill();
-        process.waitForFinished();
-    }
-    SandboxRun run;
-    if (process.exitStatus() == QProcess::NormalExit && process.error() != QProcess::FailedToStart)
-        run.exitCode = process.exitCode();
-    run.out = process.readAllStandardOutput();
-    run.err = process.readAllStandardError();
-    return run;
 }
 
 } // namespace
@@ -75,33 +56,27 @@ private:
 
 void TestInstalledPackages::initTestCase()
 {
-    if (!QFileInfo(QStringLiteral("/usr")).isWritable())
+    if (!QFileInfo("/usr").isWritable())
         QSKIP("the simulated host has no copy-on-write /usr here, so nothing can be installed");
     const QStringList debs = packageFiles();
-    QVERIFY2(debs.size() == 2, qPrintable(QStringLiteral("want one pyx-console-standin and one "
-                                                         "pyx-orn-server-plugin package in %1 "
-                                                         "(make deb builds them)")
+    QVERIFY2(debs.size() == 2, qPrintable(QString("want one pyx-console-standin and one "
+                                                  "pyx-orn-server-plugin package in %1 "
+                                                  "(make deb builds them)")
                                               .arg(debDir())));
     QVERIFY(m_work.isValid());
 
     // A package database of its own keeps the host's untouched; as it knows only these two
     // packages, the host's libraries count as missing there.
-    const QString admin = m_work.filePath(QStringLiteral("dpkg"));
-    QVERIFY(QDir().mkpath(admin + QStringLiteral("/info")) &&
-            QDir().mkpath(admin + QStringLiteral("/updates")));
-    QFile status(admin + QStringLiteral("/status"));
-    QVERIFY(status.open(QIODevice::WriteOnly));
-    status.close();
+    const QString admin = m_work.filePath("dpkg");
+    QVERIFY(QDir().mkpath(admin + "/info") && QDir().mkpath(admin + "/updates"));
+    QVERIFY(QFile(admin + "/status").open(QIODevice::WriteOnly));
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     // The package tool refuses to run without ldconfig on the PATH.
-    environment.insert(QStringLiteral("PATH"), environment.value(QStringLiteral("PATH")) +
-                                                   QStringLiteral(":/usr/sbin:/sbin"));
+    environment.insert("PATH", environment.value("PATH") + ":/usr/sbin:/sbin");
     const SandboxRun install =
-        runProgram(QStringLiteral("dpkg"),
-                   QStringList{QStringLiteral("--admindir=") + admin,
-                               QStringLiteral("--log=") + admin + QStringLiteral("/log"),
-                               QStringLiteral("--force-depends"), QStringLiteral("--no-triggers"),
-                               QStringLiteral("--install")} +
+        runProgram("dpkg",
+                   QStringList{"--admindir=" + admin, "--log=" + admin + "/log", "--force-depends",
+                               "--no-triggers", "--install"} +
                        debs,
                    environment);
     QVERIFY2(install.exitCode == 0, install.err.constData());
@@ -111,36 +86,33 @@ void TestInstalledPackages::listPlugins_data()
 {
     QTest::addColumn<QString>("packageQuery"); // the simulated dpkg-query's mode
     QTest::addColumn<QString>("state");
-    QTest::newRow("server packages installed") << QStringLiteral("ok") << QStringLiteral("enabled");
+    QTest::newRow("server packages installed") << QString("ok") << "enabled";
     QTest::newRow("package query fails")
-        << QStringLiteral("exit:1") << QStringLiteral("The plug-in cannot work on this machine");
+        << QString("exit:1") << "The plug-in cannot work on this machine";
 }
 
 void TestInstalledPackages::listPlugins()
 {
     QFETCH(QString, packageQuery);
     QFETCH(QString, state);
-    QProcessEnvironment environment = consoleEnvironment(QStringLiteral("C.UTF-8"));
-    environment.insert(QStringLiteral("SANDBOX_MODE_DPKG_QUERY"), packageQuery);
-    const SandboxRun run =
-        runProgram(installedConsole, {QStringLiteral("--list-plugins")}, environment);
+    QProcessEnvironment environment = consoleEnvironment("C.UTF-8");
+    environment.insert("SANDBOX_MODE_DPKG_QUERY", packageQuery);
+    const SandboxRun run = runProgram(installedConsole, {"--list-plugins"}, environment);
     QVERIFY2(run.exitCode == 0, run.err.constData());
     // The one plug-in of the folder the console chose by itself: the package's multiarch one.
     const QRegularExpression line(
-        QStringLiteral("^/usr/lib/[^/]+/pyx-console/plugins/libpyx-orn-server-plugin\\.so\\t%1\\n$")
+        QString("^/usr/lib/[^/]+/pyx-console/plugins/libpyx-orn-server-plugin\\.so\\t%1\\n$")
             .arg(QRegularExpression::escape(state)));
     QVERIFY2(line.match(QString::fromUtf8(run.out)).hasMatch(), run.out.constData());
 }
 
 void TestInstalledPackages::formInRussian()
 {
-    const QImage russian = screenshot({installedConsole}, QStringLiteral("ru_RU.UTF-8"));
+    const QImage russian = screenshot({installedConsole}, "ru_RU.UTF-8");
     // The build's console and plug-in, reading the same catalogue, draw the form as it should be.
     const QImage reference =
-        screenshot({QStringLiteral(PYX_BUILD_CONSOLE), QStringLiteral("--plugin-dir"),
-                    QStringLiteral(PYX_BUILD_PLUGIN_DIR)},
-                   QStringLiteral("ru_RU.UTF-8"));
-    const QImage untranslated = screenshot({installedConsole}, QStringLiteral("C.UTF-8"));
+        screenshot({PYX_BUILD_CONSOLE, "--plugin-dir", PYX_BUILD_PLUGIN_DIR}, "ru_RU.UTF-8");
+    const QImage untranslated = screenshot({installedConsole}, "C.UTF-8");
     QVERIFY(!russian.isNull() && !reference.isNull() && !untranslated.isNull());
     QVERIFY(russian == reference);
     QVERIFY(russian != untranslated);
@@ -149,23 +121,20 @@ void TestInstalledPackages::formInRussian()
 QProcessEnvironment TestInstalledPackages::consoleEnvironment(const QString &lang) const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const QString &name :
-         {QStringLiteral("LANGUAGE"), QStringLiteral("LC_ALL"), QStringLiteral("LC_MESSAGES")})
+    for (const char *name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES"})
         environment.remove(name);
-    environment.insert(QStringLiteral("LANG"), lang);
+    environment.insert("LANG", lang);
     // Qt would otherwise make a runtime folder of its own choosing under /tmp.
-    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_work.path());
+    environment.insert("XDG_RUNTIME_DIR", m_work.path());
     return environment;
 }
 
 // The window once the plug-in's form has been read; a null image when the console failed.
 QImage TestInstalledPackages::screenshot(const QStringList &console, const QString &lang)
 {
-    const QString file = m_work.filePath(QStringLiteral("%1.png").arg(++m_pictures));
+    const QString file = m_work.filePath(QString("%1.png").arg(++m_pictures));
     const SandboxRun run = runProgram(
-        console.first(),
-        console.mid(1) + QStringList{QStringLiteral("--open"), QStringLiteral("OrnServer"),
-                                     QStringLiteral("--screenshot"), file},
+        console.first(), console.mid(1) + QStringList{"--open", "OrnServer", "--screenshot", file},
         consoleEnvironment(lang));
     if (run.exitCode != 0)
         qWarning("%s", run.err.constData());
@@ -181,8 +150,7 @@ int main(int argc, char *argv[])
     }
     // Only the package may put a catalogue where the plug-in looks for one.
     const QTemporaryDir noCatalogues;
-    const int outside =
-        runInsideSandbox(argc, argv, {QStringLiteral("--translations"), noCatalogues.path()});
+    const int outside = runInsideSandbox(argc, argv, {"--translations", noCatalogues.path()});
     if (outside >= 0)
         return outside;
     QCoreApplication app(argc, argv);

@@ -37,11 +37,7 @@ class TestPackageStatus : public QObject
         qputenv("FAKE_DPKG_LOG", m_dir.filePath("log").toLocal8Bit());
     }
 
-    QByteArray log() const
-    {
-        QFile file(m_dir.filePath("log"));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    QByteArray log() const { return readFile(m_dir.filePath("log")); }
 
 private slots:
     void classify_data()

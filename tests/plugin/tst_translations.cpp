@@ -18,12 +18,12 @@ class TestTranslations : public QObject
         while (!xml.atEnd()) {
             if (!xml.readNextStartElement())
                 continue;
-            if (xml.name() == QLatin1String("name"))
+            if (xml.name() == "name")
                 context = xml.readElementText();
-            else if (xml.name() == QLatin1String("source"))
+            else if (xml.name() == "source")
                 catalogue.first.insert(source = context + "::" + xml.readElementText());
-            else if (xml.name() == QLatin1String("translation")
-                     && (xml.attributes().hasAttribute("type") || xml.readElementText().isEmpty()))
+            else if (xml.name() == "translation" &&
+                     (xml.attributes().hasAttribute("type") || xml.readElementText().isEmpty()))
                 catalogue.second << source;
         }
         return catalogue;

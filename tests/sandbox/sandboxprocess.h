@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QStringList>
 
 #include <cstdio>
@@ -15,12 +16,14 @@ struct SandboxRun
     QByteArray err;
 };
 
-// One run of sandbox/run: `options -- command`.
-inline SandboxRun runSandbox(const QStringList &options, const QStringList &command)
+// One run of a program, with the given environment or this process's own.
+inline SandboxRun runProgram(const QString &program, const QStringList &arguments,
+                             const QProcessEnvironment &environment = {})
 {
     QProcess process;
-    process.start(QStringLiteral(PYX_SANDBOX_DIR "/run"),
-                  options + QStringList{QStringLiteral("--")} + command);
+    if (!environment.isEmpty())
+        process.setProcessEnvironment(environment);
+    process.start(program, arguments);
     if (!process.waitForFinished(60000)) {
         process.kill();
         process.waitForFinished();
@@ -33,11 +36,17 @@ inline SandboxRun runSandbox(const QStringList &options, const QStringList &comm
     return run;
 }
 
+// One run of sandbox/run: `options -- command`.
+inline SandboxRun runSandbox(const QStringList &options, const QStringList &command)
+{
+    return runProgram(PYX_SANDBOX_DIR "/run", options + QStringList{"--"} + command);
+}
+
 // Where namespaces are not available, sandbox/run and the test executables return 77, which
 // CTest counts as a skip.
 inline bool sandboxAvailable()
 {
-    const SandboxRun probe = runSandbox({}, {QStringLiteral("true")});
+    const SandboxRun probe = runSandbox({}, {"true"});
     if (probe.exitCode == 77)
         std::fprintf(stderr, "SKIP: %s", probe.err.constData());
     return probe.exitCode != 77;
@@ -53,17 +62,43 @@ inline int runInsideSandbox(int argc, char *argv[], const QStringList &options)
     QCoreApplication app(argc, argv);
     QProcess inside;
     inside.setProcessChannelMode(QProcess::ForwardedChannels);
-    inside.start(QStringLiteral(PYX_SANDBOX_DIR "/run"),
-                 options + QStringList{QStringLiteral("--env"),
-                                       QStringLiteral("QT_QPA_PLATFORM=offscreen"),
-                                       QStringLiteral("--"), app.applicationFilePath()}
-                     + app.arguments().mid(1));
+    inside.start(PYX_SANDBOX_DIR "/run", options +
+                                             QStringList{"--env", "QT_QPA_PLATFORM=offscreen", "--",
+                                                         app.applicationFilePath()} +
+                                             app.arguments().mid(1));
     if (!inside.waitForFinished(170000)) {
         inside.kill();
         inside.waitForFinished();
         return 1;
     }
     return inside.exitStatus() == QProcess::NormalExit ? inside.exitCode() : 1;
+}
+
+inline QStringList namespaces()
+{
+    return {QFile::symLinkTarget("/proc/self/ns/mnt"), QFile::symLinkTarget("/proc/self/ns/uts")};
+}
+
+// runInsideSandbox for a program that changes /etc and the host name: inside, it also refuses
+// (1) to go on where the mounts or the host name are still those of the process that started it.
+// Returns -1 when this process may go on.
+inline int runOnSimulatedHost(int argc, char *argv[])
+{
+    const int inside =
+        runInsideSandbox(argc, argv, {"--env", "PYX_INIT_OUTSIDE=" + namespaces().join(' ')});
+    if (inside >= 0)
+        return inside;
+    const QStringList host = qEnvironmentVariable("PYX_INIT_OUTSIDE").split(' ');
+    if (host.size() != 2 || namespaces().contains(host.at(0)) || namespaces().contains(host.at(1)))
+        return std::fputs("not on a simulated host\n", stderr), 1;
+    return -1;
+}
+
+// A shell script; scripts find the system's tools whatever PATH a case chose.
+inline bool sh(const QString &script)
+{
+    return QProcess::execute("/bin/sh", {"-c", "PATH=/usr/sbin:/usr/bin:/sbin:/bin\n" + script}) ==
+           0;
 }
 
 inline QByteArray readFile(const QString &path)
@@ -76,11 +111,11 @@ inline QByteArray readFile(const QString &path)
 inline QStringList childProcesses()
 {
     QStringList children;
-    for (const QString &pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
-        const QByteArray stat = readFile(QStringLiteral("/proc/%1/stat").arg(pid));
+    for (const QString &pid : QDir("/proc").entryList(QDir::Dirs)) {
+        const QByteArray stat = readFile(QString("/proc/%1/stat").arg(pid));
         const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
         if (fields.size() > 1 && fields.at(1).toLongLong() == QCoreApplication::applicationPid())
-            children << pid + QLatin1Char(' ') + QString::fromLatin1(fields.at(0));
+            children << pid + ' ' + fields.at(0);
     }
     return children;
 }

@@ -14,12 +14,11 @@
 
 namespace {
 
-
 // What of the real host a sandboxed command could be tempted to change.
 QStringList hostFacts()
 {
     return {QSysInfo::machineHostName(), QString::fromLatin1(readFile("/etc/hosts").toHex()),
-            QDir(QStringLiteral("/etc/orn")).entryList(QDir::AllEntries | QDir::Hidden).join(' ')};
+            QDir("/etc/orn").entryList(QDir::AllEntries | QDir::Hidden).join(' ')};
 }
 
 } // namespace
@@ -38,32 +37,24 @@ void TestSandbox::isolation()
 {
     QTemporaryDir state; // a failure to make it shows as a usage error of sandbox/run
     const QStringList before = hostFacts();
-    const QString stray =
-        QStringLiteral("pyx-stray-%1").arg(QRandomGenerator::global()->generate64());
+    const QString stray = QString("pyx-stray-%1").arg(QRandomGenerator::global()->generate64());
 
     // Ends at once unless the mount and host name namespaces differ from the host's (the links'
     // targets read "mnt:[inode]"); then does to the host by hand what the plug-in does, and
     // leaves a helper running.
     const QString script =
-        QStringLiteral(
-            "case '%1' in *\"$(readlink /proc/self/ns/mnt)\"* | "
-            "*\"$(readlink /proc/self/ns/uts)\"*) exit 99 ;; esac\n"
-            "set -e\n"
-            "printf '127.0.0.1\\tlocalhost\\n10.1.2.3\\tdc1.corp.example\\tdc1\\n' >/etc/.h\n"
-            "mv /etc/.h /etc/hosts\n"
-            "echo rehearsal >/etc/orn/x\n"
-            "hostname dc1.corp.example\n"
-            "bash -c 'exec -a \"$0\" sleep 1000' %2 &\n"
-            "kill -0 $!; cat /etc/hosts /etc/orn/x; hostname\n")
-            .arg(QFile::symLinkTarget(QStringLiteral("/proc/self/ns/mnt")) +
-                     QFile::symLinkTarget(QStringLiteral("/proc/self/ns/uts")),
-                 stray);
-    const SandboxRun run = runSandbox({QStringLiteral("--state-dir"), state.path()},
-                                      {QStringLiteral("sh"), QStringLiteral("-c"), script});
+        QString("case '%1' in *\"$(readlink /proc/self/ns/mnt)\"* | "
+                "*\"$(readlink /proc/self/ns/uts)\"*) exit 99 ;; esac\nset -e\n"
+                "printf '127.0.0.1\\tlocalhost\\n10.1.2.3\\tdc1.corp.example\\tdc1\\n' >/etc/.h\n"
+                "mv /etc/.h /etc/hosts; echo rehearsal >/etc/orn/x; hostname dc1.corp.example\n"
+                "bash -c 'exec -a \"$0\" sleep 1000' %2 &\n"
+                "kill -0 $!; cat /etc/hosts /etc/orn/x; hostname\n")
+            .arg(namespaces().join(""), stray);
+    const SandboxRun run = runSandbox({"--state-dir", state.path()}, {"sh", "-c", script});
     QStringList strays; // started inside, still running: ended here, then reported
-    for (const QString &pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+    for (const QString &pid : QDir("/proc").entryList(QDir::Dirs)) {
         if (pid.toInt() > 0 &&
-            readFile(QStringLiteral("/proc/%1/cmdline").arg(pid)).contains(stray.toLatin1())) {
+            readFile(QString("/proc/%1/cmdline").arg(pid)).contains(stray.toLatin1())) {
             ::kill(pid.toInt(), SIGKILL);
             strays << pid;
         }
@@ -72,9 +63,7 @@ void TestSandbox::isolation()
     QVERIFY2(run.exitCode == 0, run.err.constData());
     QCOMPARE(run.out, QByteArray("127.0.0.1\tlocalhost\n10.1.2.3\tdc1.corp.example\tdc1\n"
                                  "rehearsal\ndc1.corp.example\n"));
-    const auto kept = [&](const char *path) {
-        return readFile(state.filePath(QLatin1String(path)));
-    };
+    const auto kept = [&](const char *path) { return readFile(state.filePath(path)); };
     QCOMPARE(QByteArray(kept("etc/hosts") + kept("etc/orn/x") + kept("hostname")), run.out);
     QCOMPARE(hostFacts(), before);
     QCOMPARE(strays, QStringList());
@@ -91,20 +80,18 @@ void TestSandbox::tools_data()
         QTest::newRow(name) << QString::fromLatin1(options) << script << out << directory;
     };
 
-    const QString rename =
-        QStringLiteral("hostnamectl set-hostname '%1'; echo $?; hostname; cat /etc/hostname");
-    row("hostnamectl: label of 64", "", rename.arg(QString(64, QLatin1Char('a'))), "1\nws1\nws1\n");
-    row("hostnamectl: good", "", rename.arg(QStringLiteral("dc1.corp.example")),
+    const QString rename = "hostnamectl set-hostname '%1'; echo $?; hostname; cat /etc/hostname";
+    row("hostnamectl: label of 64", "", rename.arg(QString(64, 'a')), "1\nws1\nws1\n");
+    row("hostnamectl: good", "", rename.arg("dc1.corp.example"),
         "0\ndc1.corp.example\ndc1.corp.example\n");
 
-    const QString initWith = QStringLiteral(
+    const QString initWith = QString(
         "printf 'K/M:Km-s3cret\\nadmin/admin:Adm1n-s3cret' >/etc/orn/p; chmod %1 /etc/orn/p; %2"
         "orn-init init --force --pass-file=/etc/orn/p >/dev/null 2>&1; echo $?");
-    const QString init = initWith.arg(QStringLiteral("600"), QString());
-    row("orn-init: others may read", "", initWith.arg(QStringLiteral("644"), QString()), "1\n");
-    row("orn-init: final line feed", "",
-        initWith.arg(QStringLiteral("600"), QStringLiteral("echo >>/etc/orn/p; ")), "1\n");
-    row("orn-init: good", "", init, "0\n", QStringLiteral("dc .example.lan EXAMPLE.LAN on"));
+    const QString init = initWith.arg("600", QString());
+    row("orn-init: others may read", "", initWith.arg("644", QString()), "1\n");
+    row("orn-init: final line feed", "", initWith.arg("600", "echo >>/etc/orn/p; "), "1\n");
+    row("orn-init: good", "", init, "0\n", "dc .example.lan EXAMPLE.LAN on");
     row("orn-init: exit:3 stops the server", "--provisioned --mode orn-init=exit:3", init, "3\n");
 }
 
@@ -116,13 +103,13 @@ void TestSandbox::tools()
     QFETCH(QString, directory);
     QTemporaryDir state;
 
-    const SandboxRun run = runSandbox(options.split(QLatin1Char(' '), Qt::SkipEmptyParts) +
-                                          QStringList{QStringLiteral("--state-dir"), state.path(),
-                                                      QStringLiteral("--orn-init-duration=0")},
-                                      {QStringLiteral("sh"), QStringLiteral("-c"), script});
+    const SandboxRun run =
+        runSandbox(options.split(' ', Qt::SkipEmptyParts) +
+                       QStringList{"--state-dir", state.path(), "--orn-init-duration=0"},
+                   {"sh", "-c", script});
     QVERIFY2(run.exitCode == 0, run.err.constData());
     QCOMPARE(run.out, out);
-    const HostOrnCore core(state.filePath(QStringLiteral("etc/orn")));
+    const HostOrnCore core(state.filePath("etc/orn"));
     const std::string seen = core.serverRole() + ' ' + core.domainName() + ' ' + core.realmName() +
                              (core.isServerOn() ? " on" : " off");
     QCOMPARE(core.isConfigured() ? QString::fromStdString(seen) : QString(), directory);

@@ -16,21 +16,20 @@ private slots:
     {
         QTest::addColumn<QString>("lang");
         QTest::addColumn<QByteArray>("report"); // translators installed, then the text
-        QTest::newRow("Russian") << QStringLiteral("ru_RU.UTF-8")
-                                 << "1 " + QStringLiteral("Поддержка сервера ORN").toUtf8();
+        QTest::newRow("Russian") << "ru_RU.UTF-8"
+                                 << "1 " + QString("Поддержка сервера ORN").toUtf8();
         QTest::newRow("German: no catalogue")
-            << QStringLiteral("de_DE.UTF-8") << QByteArray("0 Support ORN server");
+            << "de_DE.UTF-8" << QByteArray("0 Support ORN server");
     }
 
     void systemLocale()
     {
         QFETCH(QString, lang);
         QFETCH(QByteArray, report);
-        const SandboxRun run =
-            runSandbox({QStringLiteral("--unset=LANGUAGE"), QStringLiteral("--unset=LC_ALL"),
-                        QStringLiteral("--unset=LC_MESSAGES"), QStringLiteral("--env=LANG=") + lang,
-                        QStringLiteral("--translations=" PYX_TEST_BINARY_DIR "/translations")},
-                       {QCoreApplication::applicationFilePath(), QStringLiteral("--report")});
+        const SandboxRun run = runSandbox({"--unset=LANGUAGE", "--unset=LC_ALL",
+                                           "--unset=LC_MESSAGES", "--env=LANG=" + lang,
+                                           "--translations=" PYX_TEST_BINARY_DIR "/translations"},
+                                          {QCoreApplication::applicationFilePath(), "--report"});
         QVERIFY2(run.exitCode == 0, run.err.constData());
         QCOMPARE(run.out, report);
     }

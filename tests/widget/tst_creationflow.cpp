@@ -25,9 +25,8 @@ struct RecordingElement : Element
 // The last call the tools have recorded, as many words of it as the expected one has.
 QString lastCall(const QString &expected)
 {
-    QFile log(qEnvironmentVariable("SANDBOX_LOG"));
-    log.open(QIODevice::ReadOnly);
-    return QString(log.readAll()).trimmed().section('\n', -1).section(' ', 0, expected.count(' '));
+    const QString log = readFile(qEnvironmentVariable("SANDBOX_LOG"));
+    return log.trimmed().section('\n', -1).section(' ', 0, expected.count(' '));
 }
 
 // The buttons pressed (none: the one that creates), the last tool call, the windows shown (title's
@@ -79,7 +78,7 @@ private slots:
     void press()
     {
         QFETCH(Row, row);
-        Module module(QStringLiteral("M"), nullptr, false);
+        Module module("M", nullptr, false);
         RecordingElement domain(module, nullptr), server(module, nullptr);
         domain.setElementData(new ElementData);
         domain.elementData()->properties.insert("isLogin", row.isLogin == "1");

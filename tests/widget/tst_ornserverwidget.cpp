@@ -31,7 +31,7 @@ QString formState(const QWidget &widget)
 class TestOrnServerWidget : public QObject
 {
     Q_OBJECT
-    Module m_module{QStringLiteral("M"), nullptr, false};
+    Module m_module{"M", nullptr, false};
 
 private slots:
     // Each password beside its label, which the grid lists out of order; the widgets Tab visits;
