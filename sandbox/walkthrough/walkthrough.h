@@ -39,7 +39,8 @@ private:
     QString m_folder;
     QList<Step> m_steps;
     int m_current = 0;
-    bool m_settled = false;
+    int m_settledReads = 0;
+    int m_readsBeforeClose = 0;
     QTimer m_timer;
-    QElapsedTimer m_stepClock;
+    QElapsedTimer m_clock;
 };
