@@ -195,7 +195,8 @@ void TestInitRun::run()
     QTimer::singleShot(0, this, [&] {
         if (!stop.isEmpty()) {
             // Escape and a close request change nothing while the tool runs.
-            const bool running = QTest::qWaitFor([&] { return !text->toPlainText().isEmpty(); });
+            const bool running =
+                QTest::qWaitFor([&] { return !text->toPlainText().isEmpty(); }, 20000);
             QTest::keyClick(dialog, Qt::Key_Escape);
             dialog->close();
             emitted << (running && dialog->isVisible() ? "ignored" : "closed");

@@ -39,7 +39,7 @@ private slots:
         QProcess lupdate;
         lupdate.start(PYX_LUPDATE, {"-no-obsolete", "-locations", "none", PYX_PLUGIN_SOURCE_DIR,
                                     "-ts", refreshed});
-        QVERIFY(lupdate.waitForFinished(60000) && lupdate.exitCode() == 0);
+        QVERIFY(lupdate.waitForFinished(40000) && lupdate.exitCode() == 0);
 
         const QSet<QString> code = read(refreshed).first;
         const auto [shipped, untranslated] = read(shippedFile);

@@ -9,30 +9,45 @@
 
 #include <cstdio>
 
+// How long CTest gives this test (its TIMEOUT, in the environment), less `marginMs`: a wait
+// inside the test ends first, so that its reason reaches the output before CTest kills it.
+inline int testLimitMs(int marginMs)
+{
+    bool ok = false;
+    const int seconds = qEnvironmentVariableIntValue("PYX_TEST_TIMEOUT", &ok);
+    return (ok ? seconds * 1000 : 180000) - marginMs;
+}
+
 struct SandboxRun
 {
-    int exitCode = -1; // -1: killed by a signal, not started, or still running after a minute
+    int exitCode = -1; // -1: killed by a signal, not started, or stopped at its time limit
     QByteArray out;
     QByteArray err;
 };
 
-// One run of a program, with the given environment or this process's own.
+// One run of a program, with the given environment or this process's own. 45 s leaves room
+// inside the shortest limit a test function gets.
 inline SandboxRun runProgram(const QString &program, const QStringList &arguments,
                              const QProcessEnvironment &environment = {})
 {
+    constexpr int limitMs = 45000;
     QProcess process;
     if (!environment.isEmpty())
         process.setProcessEnvironment(environment);
     process.start(program, arguments);
-    if (!process.waitForFinished(60000)) {
+    SandboxRun run;
+    if (!process.waitForFinished(limitMs) && process.state() != QProcess::NotRunning) {
         process.kill();
         process.waitForFinished();
+        run.err = QString("%1 did not end within %2 s and was killed\n")
+                      .arg(program)
+                      .arg(limitMs / 1000)
+                      .toUtf8();
     }
-    SandboxRun run;
     if (process.exitStatus() == QProcess::NormalExit && process.error() != QProcess::FailedToStart)
         run.exitCode = process.exitCode();
     run.out = process.readAllStandardOutput();
-    run.err = process.readAllStandardError();
+    run.err += process.readAllStandardError();
     return run;
 }
 
@@ -66,9 +81,12 @@ inline int runInsideSandbox(int argc, char *argv[], const QStringList &options)
                                              QStringList{"--env", "QT_QPA_PLATFORM=offscreen", "--",
                                                          app.applicationFilePath()} +
                                              app.arguments().mid(1));
-    if (!inside.waitForFinished(170000)) {
+    const int limitMs = testLimitMs(5000);
+    if (!inside.waitForFinished(limitMs)) {
         inside.kill();
         inside.waitForFinished();
+        std::fprintf(stderr, "the run inside the sandbox did not end within %d s and was killed\n",
+                     limitMs / 1000);
         return 1;
     }
     return inside.exitStatus() == QProcess::NormalExit ? inside.exitCode() : 1;
