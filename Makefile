@@ -4,8 +4,8 @@ JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 SCREENSHOTS ?= $(CURDIR)/demo-screenshots
 
 # What a fresh Debian 12 machine lacks to build, test and show the plug-in.
-PACKAGES := cmake make g++ qtbase5-dev qttools5-dev qttools5-dev-tools \
-            fonts-dejavu-core util-linux iproute2 strace e2fsprogs
+PACKAGES := cmake make g++ qtbase5-dev qttools5-dev qttools5-dev-tools libsystemd-dev pkg-config \
+            fonts-dejavu-core util-linux iproute2 strace e2fsprogs dbus-daemon
 
 # The Debian packages (make deb) and the suite that installs them need these as well.
 DEB_PACKAGES := build-essential dpkg-dev debhelper lintian

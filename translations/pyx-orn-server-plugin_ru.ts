@@ -42,6 +42,14 @@
         <source>Initialization ORN server</source>
         <translation>Инициализация сервера ORN</translation>
     </message>
+    <message>
+        <source>System management console: ORN server</source>
+        <translation>Консоль управления системой: сервер ORN</translation>
+    </message>
+    <message>
+        <source>The directory-domain server is being created; stopping now would leave it half-built</source>
+        <translation>Создаётся сервер домена каталога; прерывание сейчас оставит его недостроенным</translation>
+    </message>
 </context>
 <context>
     <name>Module</name>

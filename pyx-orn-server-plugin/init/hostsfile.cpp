@@ -60,7 +60,8 @@ bool readAll(QFile &file, QByteArray *content)
 } // namespace
 
 QByteArray HostsFile::withEntry(QByteArray content, const QString &hostname,
-                                const QString &serverName, const QString &ipAddress)
+                                const QString &serverName, const QString &ipAddress,
+                                QByteArray *replacedLine)
 {
     const QByteArray entry =
         QStringLiteral("%1 %2 %3\n").arg(ipAddress, serverName, hostname).toUtf8();
@@ -90,23 +91,32 @@ QByteArray HostsFile::withEntry(QByteArray content, const QString &hostname,
         const int end = lineFeed < 0 ? content.size() : lineFeed + 1;
         const QByteArray line = QByteArray::fromRawData(content.constData() + start, end - start);
         // In place: the bytes of a long list are moved, not copied into a second buffer.
-        if (pattern.match(QString::fromLocal8Bit(line)).hasMatch())
+        if (pattern.match(QString::fromLocal8Bit(line)).hasMatch()) {
+            if (replacedLine) {
+                *replacedLine = QByteArray(line.constData(), line.size());
+                while (replacedLine->endsWith('\n') || replacedLine->endsWith('\r'))
+                    replacedLine->chop(1);
+            }
             return content.replace(start, end - start, entry);
+        }
         start = end;
     }
+    if (replacedLine)
+        *replacedLine = QByteArray();
     if (!content.isEmpty() && !content.endsWith('\n'))
         content += '\n';
     return content += entry;
 }
 
 AtomicFile::Result HostsFile::update(const QString &path, const QString &hostname,
-                                     const QString &serverName, const QString &ipAddress)
+                                     const QString &serverName, const QString &ipAddress,
+                                     QByteArray *replacedLine)
 {
     QFile hosts(path);
     QByteArray content;
     if (!hosts.open(QIODevice::ReadOnly | QIODevice::Unbuffered) || !readAll(hosts, &content))
         return AtomicFile::NotOpened;
     hosts.close();
-    return AtomicFile::replace(path,
-                               withEntry(std::move(content), hostname, serverName, ipAddress));
+    return AtomicFile::replace(
+        path, withEntry(std::move(content), hostname, serverName, ipAddress, replacedLine));
 }

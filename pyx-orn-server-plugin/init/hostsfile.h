@@ -11,11 +11,14 @@ class HostsFile
 public:
     // `content` with its first line that maps an IPv4 address to `hostname` (as a whole word,
     // not commented out) replaced by "ipAddress serverName hostname", or with that entry added
-    // after the last line. Every other line keeps its bytes.
+    // after the last line. Every other line keeps its bytes. `replacedLine`, when given, gets
+    // the line replaced without its line end, or a null array when the entry was added.
     static QByteArray withEntry(QByteArray content, const QString &hostname,
-                                const QString &serverName, const QString &ipAddress);
+                                const QString &serverName, const QString &ipAddress,
+                                QByteArray *replacedLine = nullptr);
     // Reads the hosts file at `path` and replaces it with `withEntry` of its content. A file
     // that cannot be read counts as not opened.
     static AtomicFile::Result update(const QString &path, const QString &hostname,
-                                     const QString &serverName, const QString &ipAddress);
+                                     const QString &serverName, const QString &ipAddress,
+                                     QByteArray *replacedLine = nullptr);
 };

@@ -21,6 +21,8 @@ namespace {
 constexpr int commandTimeoutMs = 30000;
 constexpr QLatin1String hostsPath = latin1Literal("/etc/hosts");
 constexpr QLatin1String passwordFilePath = latin1Literal("/etc/orn/tempFile");
+// What a half-done provisioning must not meet.
+constexpr QLatin1String inhibited = latin1Literal("shutdown:sleep:idle:handle-lid-switch");
 // A flood of output reaches the pane in slices of about this many characters, and the event loop
 // gets a turn after about this long of appending, so that the window keeps painting and answering.
 constexpr int sliceChars = 8192;
@@ -54,6 +56,8 @@ InitServerDialog::InitServerDialog(const QMap<QString, QVariant> &request, QWidg
     , _ui(new Ui::InitServerDialog)
     , _tempFile(passwordFilePath)
     , _request(request)
+    , _journal({request.value(InitRequest::kerberosPassword).toString(),
+                request.value(InitRequest::adminPassword).toString()})
 {
     _ui->setupUi(this);
     setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::CustomizeWindowHint);
@@ -70,6 +74,7 @@ InitServerDialog::~InitServerDialog()
     // to a dialog that is going away, and the passwords must not stay on disk.
     if (_process.state() != QProcess::NotRunning) {
         disconnect(&_process, nullptr, this, nullptr);
+        _stopped = true;
         _process.killGroup();
         _process.waitForFinished();
         initFinished();
@@ -137,7 +142,11 @@ int InitServerDialog::exec()
     _ui->_plainTextEdit->clear();
     _pendingOutput.clear();
     _pendingFrom = 0;
-    if (_request.value(InitRequest::customNetworkSettings, false).toBool())
+    const bool custom = _request.value(InitRequest::customNetworkSettings, false).toBool();
+    _journal.started(custom, _request.value(InitRequest::hostname).toString(),
+                     _request.value(InitRequest::serverName).toString(),
+                     _request.value(InitRequest::ipAddress).toString());
+    if (custom)
         prepareHost();
     writePasswordFile();
     startInitTool();
@@ -160,8 +169,10 @@ bool InitServerDialog::setHostname(const QString &hostname)
         runCommand(QStringLiteral("hostnamectl"), {QStringLiteral("set-hostname"), hostname});
     if (!error.isEmpty()) {
         insertText(error);
+        _journal.stepFailed("hostname", error);
         return false;
     }
+    _journal.hostnameSet(hostname, previous != hostname);
     if (previous != hostname)
         emit hostnameChanged();
     return true;
@@ -171,30 +182,40 @@ bool InitServerDialog::updateHostsFile(const QString &hostname, const QString &s
                                        const QString &ipAddress)
 {
     const QString path = QFileInfo(hostsPath).absoluteFilePath();
-    switch (HostsFile::update(path, hostname, serverName, ipAddress)) {
+    QByteArray replacedLine;
+    QString failure;
+    switch (HostsFile::update(path, hostname, serverName, ipAddress, &replacedLine)) {
     case AtomicFile::Replaced:
+        _journal.hostsFileRewritten(
+            QStringLiteral("%1 %2 %3").arg(ipAddress, serverName, hostname), replacedLine);
         return true;
     case AtomicFile::NotOpened:
-        insertText(tr("File %1 can not be opened").arg(path));
-        return false;
+        failure = tr("File %1 can not be opened").arg(path);
+        break;
     case AtomicFile::NotWritten:
+        failure = tr("Write error in file %1").arg(path);
         break;
     }
-    insertText(tr("Write error in file %1").arg(path));
+    insertText(failure);
+    _journal.stepFailed("hosts", failure);
     return false;
 }
 
 bool InitServerDialog::writePasswordFile()
 {
     const QString path = passwordFilePath;
+    const auto fail = [this](const QString &line) {
+        insertText(line);
+        _journal.stepFailed("password-file", line);
+        return false;
+    };
     // Owner-only from birth: no instant in which another user could read the passwords.
     const int fd = SecretFile::create(path);
     if (fd < 0 || !_tempFile.open(fd, QIODevice::WriteOnly | QIODevice::Unbuffered,
                                   QFileDevice::AutoCloseHandle)) {
         if (fd >= 0)
             ::close(fd);
-        insertText(tr("File %1 can not be created").arg(path));
-        return false;
+        return fail(tr("File %1 can not be created").arg(path));
     }
     const QByteArray content =
         (QStringLiteral("K/M:%1").arg(_request.value(InitRequest::kerberosPassword).toString()) +
@@ -202,15 +223,12 @@ bool InitServerDialog::writePasswordFile()
          QStringLiteral("admin/admin:%1")
              .arg(_request.value(InitRequest::adminPassword).toString()))
             .toUtf8();
-    if (_tempFile.write(content) != content.size()) {
-        insertText(tr("Write error in file %1").arg(path));
-        return false;
-    }
-    if (!_tempFile.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
-        insertText(tr("Error set permissions for file %1").arg(path));
-        return false;
-    }
+    if (_tempFile.write(content) != content.size())
+        return fail(tr("Write error in file %1").arg(path));
+    if (!_tempFile.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner))
+        return fail(tr("Error set permissions for file %1").arg(path));
     _tempFile.close();
+    _journal.passwordFileWritten(path);
     return true;
 }
 
@@ -222,6 +240,13 @@ void InitServerDialog::startInitTool()
             &InitServerDialog::initFinished);
     connect(&_process, &QProcess::channelReadyRead, this, &InitServerDialog::readProcessOutput);
     connect(&_process, &QProcess::errorOccurred, this, &InitServerDialog::toolFailedToStart);
+    // Just before the start: from here until the tool has ended, a lid closed or a shutdown
+    // asked for must not cut the provisioning short.
+    _journal.inhibitorTaken(
+        inhibited, _inhibitor.take(inhibited, tr("System management console: ORN server"),
+                                   tr("The directory-domain server is being created; stopping "
+                                      "now would leave it half-built"),
+                                   QStringLiteral("block")));
     _process.start(QIODevice::ReadWrite);
     // Nothing is ever written to the tool: a question it asks meets the end of its input.
     _process.closeWriteChannel();
@@ -232,16 +257,20 @@ void InitServerDialog::toolFailedToStart(QProcess::ProcessError error)
     // The one failure that no finished notification follows.
     if (error != QProcess::FailedToStart)
         return;
-    insertText(QStringLiteral("%1: %2 %3")
-                   .arg(tr("Process start error"), _process.program(),
-                        _process.arguments().join(QLatin1Char(' '))));
+    const QString line = QStringLiteral("%1: %2 %3")
+                             .arg(tr("Process start error"), _process.program(),
+                                  _process.arguments().join(QLatin1Char(' ')));
+    insertText(line);
+    _journal.stepFailed("tool", line);
     initFinished();
 }
 
 void InitServerDialog::readProcessOutput(int channel)
 {
     _process.setReadChannel(QProcess::ProcessChannel(channel));
-    appendToPane(outputParagraph(_process.readAll()));
+    const QString paragraph = outputParagraph(_process.readAll());
+    _journal.output(paragraph, channel == QProcess::StandardError);
+    appendToPane(paragraph);
 }
 
 void InitServerDialog::insertText(const QString &text)
@@ -293,11 +322,36 @@ void InitServerDialog::removePasswordFile()
         _tempFile.remove();
 }
 
-void InitServerDialog::initFinished()
+void InitServerDialog::endRun()
 {
     // The passwords go as soon as the tool is done with them, even while its last output is
-    // still being shown; the run itself ends after that output.
+    // still being shown; so does the lock.
     removePasswordFile();
+    if (_inhibitor.release())
+        _journal.inhibitorReleased();
+    if (std::exchange(_runEnded, true))
+        return;
+    RunJournal::Outcome outcome = RunJournal::Outcome::Exited;
+    if (_process.error() == QProcess::FailedToStart)
+        outcome = RunJournal::Outcome::NotStarted;
+    else if (_stopped)
+        outcome = RunJournal::Outcome::Aborted;
+    else if (_process.exitStatus() == QProcess::CrashExit)
+        outcome = RunJournal::Outcome::Crashed;
+    _journal.ended(outcome, _process.exitCode(), toolSucceeded(), _process.errorString());
+}
+
+// A tool that never ran, or was killed, has no exit code to believe.
+bool InitServerDialog::toolSucceeded() const
+{
+    return _process.error() != QProcess::FailedToStart &&
+           _process.exitStatus() == QProcess::NormalExit && _process.exitCode() == 0;
+}
+
+void InitServerDialog::initFinished()
+{
+    // The run itself ends after the tool's last output has been shown.
+    endRun();
     if (!_pendingOutput.isEmpty()) {
         _finishAfterOutput = true;
         return;
@@ -307,9 +361,7 @@ void InitServerDialog::initFinished()
     _ui->_progressBar->setMaximum(100);
     _ui->_progressBar->setValue(100);
     _ui->_buttonBox->setStandardButtons(QDialogButtonBox::Close);
-    // A tool that never ran, or was killed, has no exit code to believe.
-    if (!again && _process.error() != QProcess::FailedToStart &&
-        _process.exitStatus() == QProcess::NormalExit && _process.exitCode() == 0)
+    if (!again && toolSucceeded())
         emit serverCreatedSuccsessfully();
 }
 
@@ -317,6 +369,8 @@ void InitServerDialog::buttonClicked(QAbstractButton *button)
 {
     if (_ui->_buttonBox->standardButton(button) == QDialogButtonBox::Abort) {
         // The tool may have started helpers that read the passwords; they end with it.
+        if (_process.state() != QProcess::NotRunning)
+            _stopped = true;
         _process.killGroup();
         _process.close();
         initFinished();

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "groupleaderprocess.h"
+#include "inhibitorlock.h"
+#include "runjournal.h"
 
 #include <QDialog>
 #include <QFile>
@@ -36,6 +38,9 @@ public:
     // Ignored while the tool runs.
     void reject() override;
 
+    // The run's record in the system journal, for what follows it (a reboot).
+    RunJournal &journal() { return _journal; }
+
 signals:
     void hostnameChanged();
     void serverCreatedSuccsessfully();
@@ -58,6 +63,10 @@ private:
     void startInitTool();
     void toolFailedToStart(QProcess::ProcessError error);
     void removePasswordFile();
+    // Once the tool has ended, however: the passwords and the inhibitor lock go, and the journal
+    // learns how the run ended.
+    void endRun();
+    bool toolSucceeded() const;
     // Appends `text` to the pane as one paragraph, after the output still waiting to be shown.
     void appendToPane(const QString &text);
     void showPendingOutput();
@@ -72,4 +81,10 @@ private:
     QTimer _outputTimer;
     // The tool has ended; the run ends once the pane shows everything it said.
     bool _finishAfterOutput = false;
+    RunJournal _journal;
+    // Shutdown, sleep and the lid switch wait while the tool runs.
+    InhibitorLock _inhibitor;
+    // Stopped by Abort or by the dialog's end rather than ended by itself.
+    bool _stopped = false;
+    bool _runEnded = false;
 };

@@ -194,8 +194,10 @@ void OrnServerWidget::createServer()
                               tr("Hostname was changed. For correct operation of the system you "
                                  "must reboot.\nDo you want reboot now?"),
                               QMessageBox::Yes | QMessageBox::No, QMessageBox::NoButton)
-        == QMessageBox::Yes)
+        == QMessageBox::Yes) {
+        dialog.journal().rebootRequested();
         reboot();
+    }
 }
 
 // The window manager reboots on behalf of the desktop user who started the console through

@@ -6,6 +6,9 @@
 #include "sandboxprocess.h"
 #include "secretfile.h"
 
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QtTest>
 #include <QtWidgets>
 
@@ -26,6 +29,31 @@ const QString secret = "/etc/orn/tempFile";
 const QString kerberos = " Kdb:7%2 Qx9 ", admin = "Адм1н%1Zy8";
 QtMessageHandler defaultHandler = nullptr;
 bool destroyedWhileRunning = false;
+
+// The locks logind holds, "what mode" each, asked on the simulated host's bus.
+QStringList heldLocks()
+{
+    const QDBusMessage reply =
+        QDBusConnection::connectToBus("unix:path=/run/dbus/system_bus_socket", "sandbox")
+            .call(QDBusMessage::createMethodCall("org.freedesktop.login1", "/org/freedesktop/login1",
+                                                 "org.freedesktop.login1.Manager",
+                                                 "ListInhibitors"));
+    if (reply.type() != QDBusMessage::ReplyMessage)
+        return {"no answer: " + reply.errorMessage()};
+    QStringList locks;
+    const QDBusArgument list = reply.arguments().value(0).value<QDBusArgument>();
+    list.beginArray();
+    while (!list.atEnd()) {
+        QString what, who, why, mode;
+        uint uid, pid;
+        list.beginStructure();
+        list >> what >> who >> why >> mode >> uid >> pid;
+        list.endStructure();
+        locks << what + ' ' + mode;
+    }
+    list.endArray();
+    return locks;
+}
 
 QSet<QString> processes()
 {
@@ -79,7 +107,7 @@ void TestInitRun::init()
     qputenv("PATH", PYX_TEST_FAKES_DIR ":" + m_path);
     QVERIFY(sh("rm -rf /etc/hosts /etc/h /etc/target /etc/created /etc/noexec /etc/orn && "
                "mkdir /etc/orn && cp /etc/pyx-hosts.default /etc/hosts && hostname ws1 && "
-               ": >$SANDBOX_LOG && : >$SANDBOX_ENV_LOG"));
+               ": >$SANDBOX_LOG && : >$SANDBOX_ENV_LOG && : >$SANDBOX_JOURNAL"));
 }
 
 void TestInitRun::run_data()
@@ -91,10 +119,13 @@ void TestInitRun::run_data()
     QTest::addColumn<QString>("emitted");
     QTest::addColumn<QString>("check");
     QTest::addColumn<QString>("stop"); // how the running tool is stopped: abort, destroy
+    QTest::addColumn<QString>("journal"); // as journalSummary() tells it; none: not compared
     const auto row = [](const char *name, const QString &setup, const QStringList &environment,
                         const QString &host, const QString &pane, const QString &emitted,
-                        const QString &check = "true", const QString &stop = "") {
-        QTest::newRow(name) << setup << environment << host << pane << emitted << check << stop;
+                        const QString &check = "true", const QString &stop = "",
+                        const QString &journal = QString()) {
+        QTest::newRow(name) << setup << environment << host << pane << emitted << check << stop
+                            << journal;
     };
     const QStringList show{"FAKE_ORN_INIT_SHOW=1"}, fakes{"PATH=" PYX_TEST_FAKES_DIR};
     const QStringList simulated{"PATH=" + QString::fromLocal8Bit(m_path)};
@@ -114,7 +145,12 @@ void TestInitRun::run_data()
     };
     const QString notRun = "Process start error: orn-init init --force --pass-file=" + secret;
     const QString crashed = "Process hostnamectl set-hostname srv finished with error: ";
-    row("password file", "", show, none, written, ok);
+    // The journal's words for the lock around a tool that ran, and for a run's last steps.
+    const QString locked = "inhibitor:taken output inhibitor:released ";
+    const QString succeeded = "end:succeeded:exited:0", quiet = "password-file:written "
+                                                                "inhibitor:taken inhibitor:released ";
+    row("password file", "", show, none, written, ok, "true", "",
+        "start password-file:written " + locked + succeeded);
     row("stale password file", "echo old >" + secret + "; chmod 644 " + secret, show, none, written,
         ok);
     row("link at the password path", "echo keep >/etc/target; ln -s /etc/target " + secret, show,
@@ -129,12 +165,16 @@ void TestInitRun::run_data()
         "[ \"$(ls -A " + secret + ")\" = in ] && [ \"$(cat " + secret + "/in)\" = keep ]");
     row("password folder writable by group", "chmod 775 /etc/orn", show, none,
         refused + "missing\n|", ok);
-    row("new host name", "", {}, "srv", "", "rename success", srv + "grep -qx srv");
-    row("same host name", "", {}, "ws1", "", ok, ws1 + " && grep -q '\\[ws1]' $SANDBOX_LOG");
+    row("new host name", "", {}, "srv", "", "rename success", srv + "grep -qx srv", "",
+        "start hostname:changed hosts:added " + quiet + succeeded);
+    row("same host name", "", {}, "ws1", "", ok, ws1 + " && grep -q '\\[ws1]' $SANDBOX_LOG", "",
+        "start hostname:unchanged hosts:replaced:127.0.1.1\tws1.example.lan\tws1 " + quiet +
+            succeeded);
     row("host name refused", "", {}, "a b",
         "Process hostnamectl set-hostname a b finished with error: Could not set static "
         "hostname: Invalid static hostname 'a b'\n",
-        ok, "grep -qx '10.0.0.5 a b.new.lan a b' /etc/hosts");
+        ok, "grep -qx '10.0.0.5 a b.new.lan a b' /etc/hosts", "",
+        "start hostname:failed hosts:added " + quiet + succeeded);
     row("hostnamectl missing", "", fakes, "srv",
         "Process start error: hostnamectl set-hostname srv", ok, srv + "grep -qx ws1");
     row("hostnamectl not executable", noexec("hostnamectl"),
@@ -154,20 +194,25 @@ void TestInitRun::run_data()
         {}, "ws1", "", ok, "[ -L /etc/hosts ] && [ $(stat -c %a /etc/h) = 640 ] && " + ws1);
     row("colours, exit 0", "", {"FAKE_ORN_INIT_OUT=\\033[1;32mok\\n"}, none, "ok", ok);
     row("standard error, exit 1", "", {"FAKE_ORN_INIT_ERR=no\\n", "FAKE_ORN_INIT_EXIT=1"}, none,
-        "no", "");
-    row("tool missing", "", {"PATH=/nonexistent"}, none, notRun, "");
+        "no", "", "true", "", "start password-file:written " + locked + "end:failed:exited:1");
+    row("tool missing", "", {"PATH=/nonexistent"}, none, notRun, "", "true", "",
+        "start password-file:written inhibitor:taken tool:failed inhibitor:released "
+        "end:failed:not-started");
     row("tool not executable", noexec("orn-init"), {"PATH=/etc/noexec"}, none, notRun, "");
     // Passed over like the shell would, for the one after it.
     row("tool not executable ahead of it", noexec("orn-init"),
         {"PATH=/etc/noexec:" PYX_TEST_FAKES_DIR}, none, "", ok);
     row("simulated tool", "", simulated, "dc1", none, "rename success",
         "grep -qx 'domain = new.lan' /etc/orn/orn.conf");
-    row("simulated tool crashes", "", mode("crash"), none, none, "");
+    row("simulated tool crashes", "", mode("crash"), none, none, "", "true", "",
+        "start password-file:written " + locked + "end:failed:crashed");
     row("simulated tool exits 2", "", mode("exit:2"), none, none, "");
     row("simulated tool prints a megabyte", "", mode("flood:1"), none, none, ok);
     // The simulated tool leaves a helper behind, which must not outlive the run either.
-    row("Abort", "", orphan, none, none, "ignored", "true", "abort");
-    row("dialog destroyed", "", orphan, none, none, "ignored", "true", "destroy");
+    // While the tool runs, logind lists the lock.
+    const QString aborted = "start password-file:written " + locked + "end:failed:aborted";
+    row("Abort", "", orphan, none, none, "locked ignored", "true", "abort", aborted);
+    row("dialog destroyed", "", orphan, none, none, "locked ignored", "true", "destroy", aborted);
 }
 
 void TestInitRun::run()
@@ -178,12 +223,14 @@ void TestInitRun::run()
     QFETCH(QString, pane);
     QFETCH(QString, check);
     QFETCH(QString, stop);
+    QFETCH(QString, journal);
     QVERIFY2(sh(setup), qPrintable(setup));
     for (const QString &setting : environment)
         qputenv(qPrintable(setting.section('=', 0, 0)), setting.section('=', 1).toLocal8Bit());
     const QSet<QString> before = processes();
     QPointer<InitServerDialog> dialog = new InitServerDialog(
         InitRequest::make(kerberos, admin, !host.isNull(), "10.0.0.5", host, host + ".new.lan"));
+    const QByteArray runId = dialog->journal().runId();
     QStringList emitted;
     connect(dialog, &InitServerDialog::serverCreatedSuccsessfully, [&] { emitted << "success"; });
     connect(dialog, &InitServerDialog::hostnameChanged,
@@ -197,6 +244,10 @@ void TestInitRun::run()
             // Escape and a close request change nothing while the tool runs.
             const bool running =
                 QTest::qWaitFor([&] { return !text->toPlainText().isEmpty(); }, 20000);
+            const QStringList locks = heldLocks();
+            emitted << (locks == QStringList{"shutdown:sleep:idle:handle-lid-switch block"}
+                            ? "locked"
+                            : locks.join(", "));
             QTest::keyClick(dialog, Qt::Key_Escape);
             dialog->close();
             emitted << (running && dialog->isVisible() ? "ignored" : "closed");
@@ -230,13 +281,38 @@ void TestInitRun::run()
     QTRY_COMPARE(processes(), before);
     QVERIFY2(sh(check), qPrintable(check));
     QVERIFY(!host.isNull() || !sh("grep -q hostnamectl $SANDBOX_LOG"));
+
+    // The lock is taken just before the tool starts and released once it has ended, by logind's
+    // record; with the simulated tool its call comes in between.
+    const auto order = [] { return lockOrder(readFile(qEnvironmentVariable("SANDBOX_LOG"))); };
+    QTRY_VERIFY(order().endsWith("released"));
+    QCOMPARE(order(), order().contains("tool") ? "taken tool released" : "taken released");
+
+    // Every run ends with an entry in the journal; the pane's paragraphs are the messages of
+    // the output and of the steps that failed, the passwords masked.
+    const auto entries = [] {
+        return journalEntries(readFile(qEnvironmentVariable("SANDBOX_JOURNAL")));
+    };
+    QTRY_COMPARE(entries().value(entries().size() - 1).value("PYX_STEP"), QByteArray("end"));
+    QCOMPARE(entries().first().value("PYX_RUN_ID"), runId);
+    if (!journal.isNull())
+        QCOMPARE(journalSummary(entries()), journal);
+    QStringList paragraphs;
+    for (const JournalEntry &entry : entries())
+        if (entry.value("PYX_STEP") == "output" ||
+            (entry.value("PYX_RESULT") == "failed" && entry.value("PYX_STEP") != "end"))
+            paragraphs << QString::fromUtf8(entry.value("MESSAGE"));
+    if (stop != "destroy")
+        QCOMPARE(paragraphs.join('\n'),
+                 QString(shown).replace(kerberos, "********").replace(admin, "********"));
+
     // Only the stand-in that prints the file shows the passwords; no tool's arguments or
-    // environment, and no other pane, holds them.
+    // environment, no journal entry and no other pane holds them.
     const QByteArray calls = readFile(qEnvironmentVariable("SANDBOX_LOG")),
                      environments = readFile(qEnvironmentVariable("SANDBOX_ENV_LOG"));
-    QCOMPARE(environments.isEmpty(), calls.isEmpty());
+    QCOMPARE(environments.isEmpty(), toolCalls(calls).isEmpty());
     const QByteArray record =
-        calls + environments +
+        calls + environments + readFile(qEnvironmentVariable("SANDBOX_JOURNAL")) +
         (environment.contains("FAKE_ORN_INIT_SHOW=1") ? QByteArray() : shown.toUtf8());
     for (const QString &password : {kerberos, admin})
         QVERIFY(!record.contains(password.trimmed().toUtf8()));

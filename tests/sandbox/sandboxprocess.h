@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QMap>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
@@ -51,10 +52,17 @@ inline SandboxRun runProgram(const QString &program, const QStringList &argument
     return run;
 }
 
+// The simulated journal and logind of this build tree.
+inline QStringList sandboxServices()
+{
+    return {"--services", PYX_TEST_BINARY_DIR "/bin"};
+}
+
 // One run of sandbox/run: `options -- command`.
 inline SandboxRun runSandbox(const QStringList &options, const QStringList &command)
 {
-    return runProgram(PYX_SANDBOX_DIR "/run", options + QStringList{"--"} + command);
+    return runProgram(PYX_SANDBOX_DIR "/run",
+                      sandboxServices() + options + QStringList{"--"} + command);
 }
 
 // Where namespaces are not available, sandbox/run and the test executables return 77, which
@@ -77,7 +85,7 @@ inline int runInsideSandbox(int argc, char *argv[], const QStringList &options)
     QCoreApplication app(argc, argv);
     QProcess inside;
     inside.setProcessChannelMode(QProcess::ForwardedChannels);
-    inside.start(PYX_SANDBOX_DIR "/run", options +
+    inside.start(PYX_SANDBOX_DIR "/run", sandboxServices() + options +
                                              QStringList{"--env", "QT_QPA_PLATFORM=offscreen", "--",
                                                          app.applicationFilePath()} +
                                              app.arguments().mid(1));
@@ -123,6 +131,89 @@ inline QByteArray readFile(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// The lines of a call log that programs wrote, without the journal's and logind's.
+inline QByteArray toolCalls(const QByteArray &log)
+{
+    QByteArray calls;
+    for (const QByteArray &line : log.split('\n')) {
+        if (!line.isEmpty() && !line.startsWith("journal {") && !line.startsWith("logind ["))
+            calls += line + '\n';
+    }
+    return calls;
+}
+
+// In a call log: "taken" and "released" for logind's locks, "tool" for the simulated orn-init.
+inline QString lockOrder(const QByteArray &log)
+{
+    QStringList order;
+    for (const QByteArray &line : log.split('\n')) {
+        if (line.startsWith("logind [Inhibit]"))
+            order << "taken";
+        else if (line.startsWith("logind [released]"))
+            order << "released";
+        else if (line.startsWith("orn-init ["))
+            order << "tool";
+    }
+    return order.join(' ');
+}
+
+using JournalEntry = QMap<QByteArray, QByteArray>;
+
+// The entries of the journal's record (sandbox/run's SANDBOX_JOURNAL, or journal in its state
+// folder): fields "NAME=value" or, for values with line feeds, NAME, a line feed, the length in
+// 64 bits little-endian and the value; an empty line ends an entry.
+inline QList<JournalEntry> journalEntries(const QByteArray &record)
+{
+    QList<JournalEntry> entries{JournalEntry()};
+    for (int at = 0; at < record.size();) {
+        const int lineFeed = record.indexOf('\n', at);
+        if (lineFeed < 0)
+            break;
+        const int equals = record.indexOf('=', at);
+        if (lineFeed == at) {
+            entries.append(JournalEntry());
+            at = lineFeed + 1;
+        } else if (equals >= 0 && equals < lineFeed) {
+            entries.last().insert(record.mid(at, equals - at),
+                                  record.mid(equals + 1, lineFeed - equals - 1));
+            at = lineFeed + 1;
+        } else {
+            quint64 length = 0;
+            for (int i = 7; i >= 0 && lineFeed + 9 <= record.size(); --i)
+                length = (length << 8) | quint8(record.at(lineFeed + 1 + i));
+            // A record read while an entry is being written ends before it.
+            if (lineFeed + 9 + length >= quint64(record.size()))
+                break;
+            entries.last().insert(record.mid(at, lineFeed - at),
+                                  record.mid(lineFeed + 9, int(length)));
+            at = lineFeed + 9 + int(length) + 1;
+        }
+    }
+    entries.removeAll(JournalEntry());
+    return entries;
+}
+
+// What the entries of one run say, an entry a word: PYX_STEP, then PYX_RESULT, PYX_OUTCOME,
+// PYX_EXIT_CODE and PYX_HOSTS_REPLACED where present, joined by ':'; output entries in a row make
+// one word "output". Every entry must come from the program and carry the run's identifier.
+inline QString journalSummary(const QList<JournalEntry> &entries)
+{
+    QStringList words;
+    for (const JournalEntry &entry : entries) {
+        if (entry.value("SYSLOG_IDENTIFIER") != "pyx-orn-server-plugin" ||
+            entry.value("PYX_RUN_ID") != entries.first().value("PYX_RUN_ID") ||
+            entry.value("PYX_RUN_ID").size() != 32)
+            return "an entry of another program or run: " + QString::fromUtf8(entry.value("MESSAGE"));
+        QStringList word{entry.value("PYX_STEP")};
+        for (const char *name : {"PYX_RESULT", "PYX_OUTCOME", "PYX_EXIT_CODE", "PYX_HOSTS_REPLACED"})
+            if (entry.contains(name))
+                word << QString::fromUtf8(entry.value(name));
+        if (word.join(':') != "output" || words.value(words.size() - 1) != "output")
+            words << word.join(':');
+    }
+    return words.join(' ');
 }
 
 // This process's children as "pid state" (R, S, Z...): one still running or not yet reaped shows.

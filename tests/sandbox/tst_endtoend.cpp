@@ -10,11 +10,29 @@ class TestEndToEnd : public QObject
     Q_OBJECT
 
 private slots:
+    void createWithCustomNetworkSettings_data();
     void createWithCustomNetworkSettings();
 };
 
+void TestEndToEnd::createWithCustomNetworkSettings_data()
+{
+    QTest::addColumn<QStringList>("services");
+    QTest::addColumn<QString>("locks");   // lockOrder() of the call log
+    QTest::addColumn<QString>("journal"); // journalSummary() of the record
+    const QString steps = "start hostname:changed hosts:added password-file:written ";
+    const QString end = "end:succeeded:exited:0 reboot:requested";
+    QTest::newRow("logind") << QStringList() << "taken tool released"
+                            << steps + "inhibitor:taken output inhibitor:released " + end;
+    // Without logind, or without a bus and a journal, the run goes on exactly as before.
+    QTest::newRow("no logind") << QStringList{"--no-logind"} << "tool"
+                               << steps + "inhibitor:not-taken output " + end;
+    QTest::newRow("no system bus, no journal")
+        << QStringList{"--no-system-bus", "--no-journal"} << "tool" << "";
+}
+
 void TestEndToEnd::createWithCustomNetworkSettings()
 {
+    QFETCH(QStringList, services);
     if (!sandboxAvailable())
         QSKIP("the sandbox cannot run here");
     const SandboxRun seed = runSandbox({}, {"cat", "/etc/hosts"});
@@ -22,8 +40,9 @@ void TestEndToEnd::createWithCustomNetworkSettings()
 
     QTemporaryDir state;
     const SandboxRun run = runSandbox(
-        {"--state-dir", state.path(), "--orn-init-duration", "0", "--env", "SUDO_UID=1000", "--env",
-         "SANDBOX_ENV_LOG=" + state.filePath("env"), "--env", "QT_QPA_PLATFORM=offscreen"},
+        services + QStringList{"--state-dir", state.path(), "--orn-init-duration", "0", "--env",
+                               "SUDO_UID=1000", "--env", "SANDBOX_ENV_LOG=" + state.filePath("env"),
+                               "--env", "QT_QPA_PLATFORM=offscreen"},
         {PYX_WALKTHROUGH, PYX_PLUGIN_DIR, state.filePath("pictures")});
     // The walkthrough ends with 0 only once the re-read form says the server is on.
     QVERIFY2(run.exitCode == 0, run.err.constData());
@@ -42,12 +61,26 @@ void TestEndToEnd::createWithCustomNetworkSettings()
     QVERIFY(log.contains("hostnamectl [set-hostname] [dc1]\n"));
     QVERIFY(log.contains("orn-init [init] [--force] [--pass-file=/etc/orn/tempFile]\n"));
     QVERIFY(log.contains("vex-wmfunc [VEXWM_REBOOT] {XDG_RUNTIME_DIR=/run/user/1000}\n"));
-    // Neither password in any tool's arguments or environment.
+    // The lock around the tool, and the run's record from its start to the reboot.
+    QTEST(lockOrder(log), "locks");
+    const QByteArray record = readFile(state.filePath("journal"));
+    const QList<JournalEntry> entries = journalEntries(record);
+    QTEST(journalSummary(entries), "journal");
+    if (!entries.isEmpty()) {
+        const JournalEntry start = entries.first();
+        QCOMPARE(start.value("PYX_SUDO_UID") + ' ' + start.value("PYX_CUSTOM_NETWORK") + ' ' +
+                     start.value("PYX_HOSTNAME") + ' ' + start.value("PYX_SERVER_NAME") + ' ' +
+                     start.value("PYX_IP_ADDRESS"),
+                 "1000 yes dc1 dc1.corp.lan " + hosts.mid(hosts.lastIndexOf('\n', -2) + 1)
+                                                    .split(' ')
+                                                    .first());
+    }
+    // Neither password in any tool's arguments or environment, nor in the journal.
     const QByteArray environments = readFile(state.filePath("env"));
     QVERIFY(environments.contains("\ndpkg-query [-W]") &&
             environments.contains("\norn-init [init]"));
-    for (const QByteArray &record : {log, environments})
-        QVERIFY(!record.contains("Kerberos-2026") && !record.contains("Admin-2026"));
+    for (const QByteArray &written : {log, environments, record})
+        QVERIFY(!written.contains("Kerberos-2026") && !written.contains("Admin-2026"));
 }
 
 QTEST_GUILESS_MAIN(TestEndToEnd)

@@ -25,7 +25,7 @@ struct RecordingElement : Element
 // The last call the tools have recorded, as many words of it as the expected one has.
 QString lastCall(const QString &expected)
 {
-    const QString log = readFile(qEnvironmentVariable("SANDBOX_LOG"));
+    const QString log = toolCalls(readFile(qEnvironmentVariable("SANDBOX_LOG")));
     return log.trimmed().section('\n', -1).section(' ', 0, expected.count(' '));
 }
 

@@ -1,0 +1,63 @@
+#include "inhibitorlock.h"
+
+#include <QDBusConnection>
+#include <QDBusError>
+#include <QDBusMessage>
+#include <QDBusUnixFileDescriptor>
+#include <QVariant>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+// logind answers at once; a bus that does not must not keep the run from starting.
+constexpr int callTimeoutMs = 5000;
+} // namespace
+
+QString InhibitorLock::take(const QString &what, const QString &who, const QString &why,
+                            const QString &mode)
+{
+    release();
+    // A connection of our own, closed again at once: the lock lives in its descriptor, not in
+    // the connection, and a bus that was missing at the last run is tried afresh.
+    const QString name = QStringLiteral("pyx-orn-server-plugin-inhibitor");
+    QString error;
+    {
+        QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SystemBus, name);
+        if (!bus.isConnected()) {
+            error = QStringLiteral("no system bus: %1").arg(bus.lastError().message());
+        } else if (!(bus.connectionCapabilities() & QDBusConnection::UnixFileDescriptorPassing)) {
+            error = QStringLiteral("the system bus passes no descriptors");
+        } else {
+            QDBusMessage call = QDBusMessage::createMethodCall(
+                QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
+                QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("Inhibit"));
+            call << what << who << why << mode;
+            const QDBusMessage reply = bus.call(call, QDBus::Block, callTimeoutMs);
+            const QVariant answer = reply.arguments().value(0);
+            if (reply.type() == QDBusMessage::ErrorMessage) {
+                error = QStringLiteral("%1: %2").arg(reply.errorName(), reply.errorMessage());
+            } else if (!answer.canConvert<QDBusUnixFileDescriptor>()
+                       || !answer.value<QDBusUnixFileDescriptor>().isValid()) {
+                error = QStringLiteral("logind answered without a descriptor");
+            } else {
+                // Qt closes its own copies with the reply.
+                _fd = ::fcntl(answer.value<QDBusUnixFileDescriptor>().fileDescriptor(),
+                              F_DUPFD_CLOEXEC, 3);
+                if (_fd < 0)
+                    error = QStringLiteral("cannot keep the lock's descriptor");
+            }
+        }
+    }
+    QDBusConnection::disconnectFromBus(name);
+    return error;
+}
+
+bool InhibitorLock::release()
+{
+    if (_fd < 0)
+        return false;
+    ::close(_fd);
+    _fd = -1;
+    return true;
+}

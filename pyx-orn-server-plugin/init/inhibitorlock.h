@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+// A lock that asks logind to hold off shutdown, sleep and the like for as long as it is held:
+// logind hands out a descriptor, and the lock ends when the last copy of it is closed. Ours is
+// close-on-exec, so no program started meanwhile keeps the lock alive after we let it go.
+class InhibitorLock
+{
+public:
+    InhibitorLock() = default;
+    InhibitorLock(const InhibitorLock &) = delete;
+    InhibitorLock &operator=(const InhibitorLock &) = delete;
+    ~InhibitorLock() { release(); }
+
+    // Asks logind on the system bus, waiting at most a few seconds. Returns why no lock was
+    // taken, or an empty text.
+    QString take(const QString &what, const QString &who, const QString &why,
+                 const QString &mode);
+    bool isHeld() const { return _fd >= 0; }
+    // Returns whether a lock was held.
+    bool release();
+
+private:
+    int _fd = -1;
+};

@@ -1,0 +1,191 @@
+#include "runjournal.h"
+
+#include "latin1literal.h"
+
+#include <QVector>
+
+#include <algorithm>
+
+#include <sys/uio.h>
+#include <syslog.h>
+
+// Every entry comes from the same few lines here; the journal's own source location would say
+// nothing.
+#define SD_JOURNAL_SUPPRESS_LOCATION
+#include <systemd/sd-id128.h>
+#include <systemd/sd-journal.h>
+
+namespace {
+constexpr QLatin1String mask = latin1Literal("********");
+
+QString yesNo(bool value)
+{
+    return value ? QStringLiteral("yes") : QStringLiteral("no");
+}
+} // namespace
+
+RunJournal::RunJournal(const QStringList &secrets)
+{
+    for (const QString &secret : secrets) {
+        if (!secret.isEmpty())
+            _secrets << secret;
+    }
+    // Longer ones first, so that a password inside another is masked with it.
+    std::sort(_secrets.begin(), _secrets.end(),
+              [](const QString &a, const QString &b) { return a.size() > b.size(); });
+    sd_id128_t id;
+    char text[SD_ID128_STRING_MAX];
+    if (sd_id128_randomize(&id) == 0)
+        _runId = sd_id128_to_string(id, text);
+}
+
+void RunJournal::started(bool customNetworkSettings, const QString &hostname,
+                         const QString &serverName, const QString &ipAddress)
+{
+    Fields fields;
+    QString user;
+    if (qEnvironmentVariableIsSet("SUDO_USER")) {
+        fields.append({"PYX_SUDO_USER", qEnvironmentVariable("SUDO_USER")});
+        user = QStringLiteral(" for %1").arg(qEnvironmentVariable("SUDO_USER"));
+    }
+    if (qEnvironmentVariableIsSet("SUDO_UID"))
+        fields.append({"PYX_SUDO_UID", qEnvironmentVariable("SUDO_UID")});
+    fields.append({"PYX_CUSTOM_NETWORK", yesNo(customNetworkSettings)});
+    QString message = QStringLiteral("Creating the directory-domain server%1").arg(user);
+    if (customNetworkSettings) {
+        fields.append({"PYX_HOSTNAME", hostname});
+        fields.append({"PYX_SERVER_NAME", serverName});
+        fields.append({"PYX_IP_ADDRESS", ipAddress});
+        message += QStringLiteral(" as %1 (%2) at %3").arg(serverName, hostname, ipAddress);
+    } else {
+        message += QStringLiteral(" with the host's own network settings");
+    }
+    send("start", LOG_NOTICE, message, fields);
+}
+
+void RunJournal::hostnameSet(const QString &hostname, bool changed)
+{
+    send("hostname", LOG_INFO,
+         changed ? QStringLiteral("Host name set to %1").arg(hostname)
+                 : QStringLiteral("Host name already was %1").arg(hostname),
+         {{"PYX_RESULT", changed ? QStringLiteral("changed") : QStringLiteral("unchanged")},
+          {"PYX_HOSTNAME", hostname}});
+}
+
+void RunJournal::hostsFileRewritten(const QString &entry, const QByteArray &replacedLine)
+{
+    Fields fields{{"PYX_HOSTS_ENTRY", entry}};
+    QString message;
+    if (replacedLine.isNull()) {
+        fields.prepend({"PYX_RESULT", QStringLiteral("added")});
+        message = QStringLiteral("/etc/hosts: added \"%1\"").arg(entry);
+    } else {
+        const QString old = QString::fromLocal8Bit(replacedLine);
+        fields.prepend({"PYX_RESULT", QStringLiteral("replaced")});
+        fields.append({"PYX_HOSTS_REPLACED", old});
+        message = QStringLiteral("/etc/hosts: \"%1\" replaced by \"%2\"").arg(old, entry);
+    }
+    send("hosts", LOG_INFO, message, fields);
+}
+
+void RunJournal::passwordFileWritten(const QString &path)
+{
+    send("password-file", LOG_INFO, QStringLiteral("Password file %1 written, mode 0600").arg(path),
+         {{"PYX_RESULT", QStringLiteral("written")}, {"PYX_PASSWORD_FILE", path}});
+}
+
+void RunJournal::stepFailed(const char *step, const QString &paneLine)
+{
+    send(step, LOG_ERR, paneLine, {{"PYX_RESULT", QStringLiteral("failed")}});
+}
+
+void RunJournal::inhibitorTaken(const QString &what, const QString &error)
+{
+    if (error.isEmpty()) {
+        send("inhibitor", LOG_INFO,
+             QStringLiteral("Inhibitor lock taken: %1 blocked while orn-init runs").arg(what),
+             {{"PYX_RESULT", QStringLiteral("taken")}, {"PYX_INHIBIT_WHAT", what}});
+    } else {
+        send("inhibitor", LOG_WARNING,
+             QStringLiteral("No inhibitor lock taken, the run goes on without: %1").arg(error),
+             {{"PYX_RESULT", QStringLiteral("not-taken")}, {"PYX_INHIBIT_ERROR", error}});
+    }
+}
+
+void RunJournal::inhibitorReleased()
+{
+    send("inhibitor", LOG_INFO, QStringLiteral("Inhibitor lock released"),
+         {{"PYX_RESULT", QStringLiteral("released")}});
+}
+
+void RunJournal::output(const QString &paragraph, bool standardError)
+{
+    send("output", LOG_INFO, paragraph,
+         {{"PYX_CHANNEL", standardError ? QStringLiteral("stderr") : QStringLiteral("stdout")}});
+}
+
+void RunJournal::ended(Outcome outcome, int exitCode, bool success, const QString &startError)
+{
+    Fields fields{{"PYX_RESULT", success ? QStringLiteral("succeeded") : QStringLiteral("failed")}};
+    QString text;
+    switch (outcome) {
+    case Outcome::Exited:
+        fields.append({"PYX_OUTCOME", QStringLiteral("exited")});
+        fields.append({"PYX_EXIT_CODE", QString::number(exitCode)});
+        text = QStringLiteral("orn-init exited with code %1").arg(exitCode);
+        break;
+    case Outcome::Crashed:
+        fields.append({"PYX_OUTCOME", QStringLiteral("crashed")});
+        text = QStringLiteral("orn-init crashed");
+        break;
+    case Outcome::Aborted:
+        fields.append({"PYX_OUTCOME", QStringLiteral("aborted")});
+        text = QStringLiteral("orn-init was stopped: the run was aborted");
+        break;
+    case Outcome::NotStarted:
+        fields.append({"PYX_OUTCOME", QStringLiteral("not-started")});
+        fields.append({"PYX_START_ERROR", startError});
+        text = QStringLiteral("orn-init could not be started: %1").arg(startError);
+        break;
+    }
+    text += success ? QStringLiteral("; the server was created")
+                    : QStringLiteral("; the server was not created");
+    send("end", success ? LOG_NOTICE : LOG_ERR, text, fields);
+}
+
+void RunJournal::rebootRequested()
+{
+    send("reboot", LOG_NOTICE,
+         QStringLiteral("Reboot requested by the administrator after the change of host name"),
+         {{"PYX_RESULT", QStringLiteral("requested")}});
+}
+
+void RunJournal::send(const char *step, int priority, const QString &message,
+                      const Fields &fields)
+{
+    QVector<QByteArray> lines{
+        QByteArrayLiteral("SYSLOG_IDENTIFIER=pyx-orn-server-plugin"),
+        QByteArrayLiteral("PRIORITY=") + QByteArray::number(priority),
+        QByteArrayLiteral("PYX_RUN_ID=") + _runId,
+        QByteArrayLiteral("PYX_STEP=") + step,
+        QByteArrayLiteral("MESSAGE=") + masked(message),
+    };
+    for (const auto &[name, value] : fields)
+        lines.append(QByteArray(name) + '=' + masked(value));
+    QVector<iovec> parts;
+    parts.reserve(lines.size());
+    for (QByteArray &line : lines)
+        parts.append({line.data(), size_t(line.size())});
+    // Without a journal the call fails at once; that changes nothing for the run.
+    sd_journal_sendv(parts.constData(), parts.size());
+}
+
+QByteArray RunJournal::masked(const QString &value) const
+{
+    if (_secrets.isEmpty())
+        return value.toUtf8();
+    QString text = value;
+    for (const QString &secret : _secrets)
+        text.replace(secret, mask);
+    return text.toUtf8();
+}

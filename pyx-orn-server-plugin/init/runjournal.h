@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QPair>
+#include <QString>
+#include <QStringList>
+
+// The record that one initialisation run leaves in the system journal, under the identifier
+// "pyx-orn-server-plugin": where it started, what each step did, everything the tool said, how
+// it ended. Every entry carries the run's PYX_RUN_ID and a PYX_STEP; the passwords are masked in
+// whatever an entry would hold. Without a journal nothing is written and nothing waits.
+class RunJournal
+{
+public:
+    // `secrets` never reach an entry.
+    explicit RunJournal(const QStringList &secrets);
+
+    const QByteArray &runId() const { return _runId; }
+
+    void started(bool customNetworkSettings, const QString &hostname, const QString &serverName,
+                 const QString &ipAddress);
+    void hostnameSet(const QString &hostname, bool changed);
+    // `replacedLine` null: the entry was added after the last line.
+    void hostsFileRewritten(const QString &entry, const QByteArray &replacedLine);
+    void passwordFileWritten(const QString &path);
+    // A step that failed, with the line the output pane shows for it.
+    void stepFailed(const char *step, const QString &paneLine);
+    // `error` empty: the lock was taken.
+    void inhibitorTaken(const QString &what, const QString &error);
+    void inhibitorReleased();
+    void output(const QString &paragraph, bool standardError);
+    enum class Outcome { Exited, Crashed, Aborted, NotStarted };
+    // `startError`: why a tool that never started could not.
+    void ended(Outcome outcome, int exitCode, bool success, const QString &startError);
+    void rebootRequested();
+
+private:
+    using Fields = QList<QPair<const char *, QString>>;
+    void send(const char *step, int priority, const QString &message, const Fields &fields = {});
+    QByteArray masked(const QString &value) const;
+
+    QByteArray _runId;
+    QStringList _secrets;
+};
