@@ -7,8 +7,9 @@ SCREENSHOTS ?= $(CURDIR)/demo-screenshots
 PACKAGES := cmake make g++ qtbase5-dev qttools5-dev qttools5-dev-tools libsystemd-dev pkg-config \
             fonts-dejavu-core util-linux iproute2 strace e2fsprogs dbus-daemon
 
-# The Debian packages (make deb) and the suite that installs them need these as well.
-DEB_PACKAGES := build-essential dpkg-dev debhelper lintian
+# The Debian packages (make deb) and the suite that installs them need these as well
+# (systemd-tmpfiles applies the package's rule).
+DEB_PACKAGES := build-essential dpkg-dev debhelper lintian systemd
 DEB_DIR ?= $(BUILD_DIR)/deb
 
 .PHONY: check demo deps build deb

@@ -45,6 +45,7 @@ private slots:
     void listPlugins_data();
     void listPlugins();
     void formInRussian();
+    void bootRemovesPasswordFile();
 
 private:
     QProcessEnvironment consoleEnvironment(const QString &lang) const;
@@ -116,6 +117,28 @@ void TestInstalledPackages::formInRussian()
     QVERIFY(!russian.isNull() && !reference.isNull() && !untranslated.isNull());
     QVERIFY(russian == reference);
     QVERIFY(russian != untranslated);
+}
+
+// A console killed while orn-init ran leaves the password file; the package's tmpfiles rule
+// removes it at the next boot, and only then, on a root of our own.
+void TestInstalledPackages::bootRemovesPasswordFile()
+{
+    const QDir root(m_work.filePath("root"));
+    QVERIFY(root.mkpath("etc/orn"));
+    for (const char *name : {"etc/orn/tempFile", "etc/orn/orn.conf"}) {
+        QFile file(root.filePath(name));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("K/M:k\nadmin/admin:a") > 0);
+        QVERIFY(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+    }
+    const QStringList remove{"--root=" + root.path(), "--remove",
+                             "/usr/lib/tmpfiles.d/pyx-orn-server-plugin.conf"};
+    QStringList left;
+    for (const QStringList &arguments : {remove, QStringList{"--boot"} + remove}) {
+        const SandboxRun run = runProgram("systemd-tmpfiles", arguments);
+        QVERIFY2(run.exitCode == 0, run.err.constData());
+        left << QDir(root.filePath("etc/orn")).entryList(QDir::Files).join(' ');
+    }
+    QCOMPARE(left, QStringList({"orn.conf tempFile", "orn.conf"}));
 }
 
 QProcessEnvironment TestInstalledPackages::consoleEnvironment(const QString &lang) const
