@@ -1,6 +1,8 @@
 #include "journalreader.h"
 
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <cstring>
 
@@ -49,10 +51,14 @@ void JournalReader::run()
         const QByteArray entry = receive();
         if (entry.isEmpty())
             continue;
-        // An empty line ends an entry of the export format; a value that holds one is written
-        // with its length, so it cannot end one early.
-        append(_record, entry + '\n');
-        append(_log, logLine(entry));
+        QJsonObject object;
+        QByteArray line = "journal";
+        for (const auto &[name, value] : fields(entry)) {
+            object.insert(QString::fromUtf8(name), QString::fromUtf8(value));
+            line += " {" + name + '=' + QByteArray(value).replace('\n', "\\n") + '}';
+        }
+        append(_record, QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+        append(_log, line + '\n');
     }
 }
 
@@ -89,36 +95,30 @@ QByteArray JournalReader::receive()
     return payload;
 }
 
-QByteArray JournalReader::logLine(const QByteArray &entry)
+JournalReader::Fields JournalReader::fields(const QByteArray &entry)
 {
-    QByteArray line = "journal";
-    int at = 0;
-    while (at < entry.size()) {
+    Fields fields;
+    for (int at = 0; at < entry.size();) {
         const int lineFeed = entry.indexOf('\n', at);
         const int equals = entry.indexOf('=', at);
-        QByteArray name, value;
         if (equals >= 0 && (lineFeed < 0 || equals < lineFeed)) {
             const int end = lineFeed < 0 ? entry.size() : lineFeed;
-            name = entry.mid(at, equals - at);
-            value = entry.mid(equals + 1, end - equals - 1);
+            fields.append({entry.mid(at, equals - at), entry.mid(equals + 1, end - equals - 1)});
             at = end + 1;
-        } else {
-            // NAME, line feed, the value's length as 64 bits little-endian, the value, line feed.
-            if (lineFeed < 0 || lineFeed + 9 > entry.size())
-                break;
-            name = entry.mid(at, lineFeed - at);
-            quint64 length = 0;
-            for (int i = 7; i >= 0; --i)
-                length = (length << 8) | quint8(entry.at(lineFeed + 1 + i));
-            const int start = lineFeed + 9;
-            if (length > quint64(entry.size() - start))
-                break;
-            value = entry.mid(start, int(length));
-            at = start + int(length) + 1;
+            continue;
         }
-        line += " {" + name + '=' + value.replace('\n', "\\n") + '}';
+        if (lineFeed < 0 || lineFeed + 9 > entry.size())
+            break;
+        quint64 length = 0;
+        for (int i = 7; i >= 0; --i)
+            length = (length << 8) | quint8(entry.at(lineFeed + 1 + i));
+        const int start = lineFeed + 9;
+        if (length > quint64(entry.size() - start))
+            break;
+        fields.append({entry.mid(at, lineFeed - at), entry.mid(start, int(length))});
+        at = start + int(length) + 1;
     }
-    return line + '\n';
+    return fields;
 }
 
 void JournalReader::append(int fd, const QByteArray &bytes)

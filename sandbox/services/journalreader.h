@@ -1,11 +1,13 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
+#include <QPair>
 #include <QString>
 
 // The journal's socket on the simulated host: takes each entry sent to it, whole or passed in a
-// sealed memory file as libsystemd does with large ones, and writes it to a record in the
-// journal's export format and as one line to the sandbox's call log.
+// sealed memory file as libsystemd does with large ones, and writes it to a record, one JSON
+// object a line as `journalctl -o json` writes them, and as one line to the sandbox's call log.
 class JournalReader
 {
 public:
@@ -17,9 +19,11 @@ public:
     // Records every entry until the process ends.
     [[noreturn]] void run();
 
-    // "journal {FIELD=value}..." for an entry in the journal's native format, line feeds in
-    // values written as \n.
-    static QByteArray logLine(const QByteArray &entry);
+    using Fields = QList<QPair<QByteArray, QByteArray>>;
+    // The fields of an entry in the journal's native format: NAME=value and a line feed, or,
+    // for a value that may hold line feeds, NAME, a line feed, the value's length as 64 bits
+    // little-endian, the value and a line feed.
+    static Fields fields(const QByteArray &entry);
 
 private:
     QByteArray receive();

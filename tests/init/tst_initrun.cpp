@@ -293,15 +293,15 @@ void TestInitRun::run()
     const auto entries = [] {
         return journalEntries(readFile(qEnvironmentVariable("SANDBOX_JOURNAL")));
     };
-    QTRY_COMPARE(entries().value(entries().size() - 1).value("PYX_STEP"), QByteArray("end"));
-    QCOMPARE(entries().first().value("PYX_RUN_ID"), runId);
+    QTRY_COMPARE(entries().value(entries().size() - 1)["PYX_STEP"], "end");
+    QCOMPARE(entries().first()["PYX_RUN_ID"].toString().toLatin1(), runId);
     if (!journal.isNull())
         QCOMPARE(journalSummary(entries()), journal);
     QStringList paragraphs;
     for (const JournalEntry &entry : entries())
-        if (entry.value("PYX_STEP") == "output" ||
-            (entry.value("PYX_RESULT") == "failed" && entry.value("PYX_STEP") != "end"))
-            paragraphs << QString::fromUtf8(entry.value("MESSAGE"));
+        if (entry["PYX_STEP"] == "output" ||
+            (entry["PYX_RESULT"] == "failed" && entry["PYX_STEP"] != "end"))
+            paragraphs << entry["MESSAGE"].toString();
     if (stop != "destroy")
         QCOMPARE(paragraphs.join('\n'),
                  QString(shown).replace(kerberos, "********").replace(admin, "********"));

@@ -3,7 +3,8 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QMap>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
@@ -159,39 +160,16 @@ inline QString lockOrder(const QByteArray &log)
     return order.join(' ');
 }
 
-using JournalEntry = QMap<QByteArray, QByteArray>;
+using JournalEntry = QJsonObject;
 
 // The entries of the journal's record (sandbox/run's SANDBOX_JOURNAL, or journal in its state
-// folder): fields "NAME=value" or, for values with line feeds, NAME, a line feed, the length in
-// 64 bits little-endian and the value; an empty line ends an entry.
+// folder), a JSON object a line; a line still being written reads as an empty entry.
 inline QList<JournalEntry> journalEntries(const QByteArray &record)
 {
-    QList<JournalEntry> entries{JournalEntry()};
-    for (int at = 0; at < record.size();) {
-        const int lineFeed = record.indexOf('\n', at);
-        if (lineFeed < 0)
-            break;
-        const int equals = record.indexOf('=', at);
-        if (lineFeed == at) {
-            entries.append(JournalEntry());
-            at = lineFeed + 1;
-        } else if (equals >= 0 && equals < lineFeed) {
-            entries.last().insert(record.mid(at, equals - at),
-                                  record.mid(equals + 1, lineFeed - equals - 1));
-            at = lineFeed + 1;
-        } else {
-            quint64 length = 0;
-            for (int i = 7; i >= 0 && lineFeed + 9 <= record.size(); --i)
-                length = (length << 8) | quint8(record.at(lineFeed + 1 + i));
-            // A record read while an entry is being written ends before it.
-            if (lineFeed + 9 + length >= quint64(record.size()))
-                break;
-            entries.last().insert(record.mid(at, lineFeed - at),
-                                  record.mid(lineFeed + 9, int(length)));
-            at = lineFeed + 9 + int(length) + 1;
-        }
-    }
-    entries.removeAll(JournalEntry());
+    QList<JournalEntry> entries;
+    for (const QByteArray &line : record.split('\n'))
+        if (!line.isEmpty())
+            entries << QJsonDocument::fromJson(line).object();
     return entries;
 }
 
@@ -202,14 +180,14 @@ inline QString journalSummary(const QList<JournalEntry> &entries)
 {
     QStringList words;
     for (const JournalEntry &entry : entries) {
-        if (entry.value("SYSLOG_IDENTIFIER") != "pyx-orn-server-plugin" ||
-            entry.value("PYX_RUN_ID") != entries.first().value("PYX_RUN_ID") ||
-            entry.value("PYX_RUN_ID").size() != 32)
-            return "an entry of another program or run: " + QString::fromUtf8(entry.value("MESSAGE"));
-        QStringList word{entry.value("PYX_STEP")};
+        if (entry["SYSLOG_IDENTIFIER"] != "pyx-orn-server-plugin" ||
+            entry["PYX_RUN_ID"] != entries.first()["PYX_RUN_ID"] ||
+            entry["PYX_RUN_ID"].toString().size() != 32)
+            return "an entry of another program or run: " + entry["MESSAGE"].toString();
+        QStringList word{entry["PYX_STEP"].toString()};
         for (const char *name : {"PYX_RESULT", "PYX_OUTCOME", "PYX_EXIT_CODE", "PYX_HOSTS_REPLACED"})
             if (entry.contains(name))
-                word << QString::fromUtf8(entry.value(name));
+                word << entry[name].toString();
         if (word.join(':') != "output" || words.value(words.size() - 1) != "output")
             words << word.join(':');
     }
