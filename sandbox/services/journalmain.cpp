@@ -20,4 +20,5 @@ int main(int argc, char *argv[])
     std::puts("ready");
     std::fclose(stdout);
     reader.run();
+    return 0;
 }

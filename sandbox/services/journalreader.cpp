@@ -6,7 +6,11 @@
 
 #include <cstring>
 
+#include <csignal>
+
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -47,28 +51,47 @@ bool JournalReader::listen(const QString &socketPath)
 
 void JournalReader::run()
 {
+    // SIGTERM, as a descriptor: whatever was sent before it is recorded, then the reader ends.
+    sigset_t term;
+    sigemptyset(&term);
+    sigaddset(&term, SIGTERM);
+    ::sigprocmask(SIG_BLOCK, &term, nullptr);
+    pollfd fds[2] = {{_socket, POLLIN, 0}, {::signalfd(-1, &term, SFD_CLOEXEC), POLLIN, 0}};
+    QByteArray entry;
     for (;;) {
-        const QByteArray entry = receive();
-        if (entry.isEmpty())
-            continue;
-        QJsonObject object;
-        QByteArray line = "journal";
-        for (const auto &[name, value] : fields(entry)) {
-            object.insert(QString::fromUtf8(name), QString::fromUtf8(value));
-            line += " {" + name + '=' + QByteArray(value).replace('\n', "\\n") + '}';
+        if (::poll(fds, 2, -1) < 0 && errno != EINTR)
+            return;
+        if (fds[1].revents != 0) {
+            while (receive(&entry, MSG_DONTWAIT))
+                record(entry);
+            return;
         }
-        append(_record, QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
-        append(_log, line + '\n');
+        if (fds[0].revents != 0 && receive(&entry, 0))
+            record(entry);
     }
 }
 
-QByteArray JournalReader::receive()
+void JournalReader::record(const QByteArray &entry)
+{
+    if (entry.isEmpty())
+        return;
+    QJsonObject object;
+    QByteArray line = "journal";
+    for (const auto &[name, value] : fields(entry)) {
+        object.insert(QString::fromUtf8(name), QString::fromUtf8(value));
+        line += " {" + name + '=' + QByteArray(value).replace('\n', "\\n") + '}';
+    }
+    append(_record, QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+    append(_log, line + '\n');
+}
+
+bool JournalReader::receive(QByteArray *entry, int flags)
 {
     // The size of the next datagram, which the sender may have made as large as 8 MiB.
     char probe;
-    const ssize_t size = ::recv(_socket, &probe, 1, MSG_PEEK | MSG_TRUNC);
+    const ssize_t size = ::recv(_socket, &probe, 1, MSG_PEEK | MSG_TRUNC | flags);
     if (size < 0)
-        return QByteArray();
+        return false;
     QByteArray payload(int(std::max<ssize_t>(size, 1)), Qt::Uninitialized);
     iovec part = {payload.data(), size_t(payload.size())};
     alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))];
@@ -77,22 +100,23 @@ QByteArray JournalReader::receive()
     message.msg_iovlen = 1;
     message.msg_control = control;
     message.msg_controllen = sizeof control;
-    const ssize_t got = ::recvmsg(_socket, &message, MSG_CMSG_CLOEXEC);
+    const ssize_t got = ::recvmsg(_socket, &message, MSG_CMSG_CLOEXEC | flags);
     if (got < 0)
-        return QByteArray();
+        return false;
     payload.truncate(int(got));
+    *entry = payload;
     const cmsghdr *header = CMSG_FIRSTHDR(&message);
     if (!header || header->cmsg_level != SOL_SOCKET || header->cmsg_type != SCM_RIGHTS)
-        return payload;
+        return true;
     // A large entry comes as a memory file: its whole content is the entry.
     int fd;
     std::memcpy(&fd, CMSG_DATA(header), sizeof fd);
-    payload.clear();
+    entry->clear();
     char buffer[65536];
-    for (ssize_t n; (n = ::pread(fd, buffer, sizeof buffer, payload.size())) > 0;)
-        payload.append(buffer, int(n));
+    for (ssize_t n; (n = ::pread(fd, buffer, sizeof buffer, entry->size())) > 0;)
+        entry->append(buffer, int(n));
     ::close(fd);
-    return payload;
+    return true;
 }
 
 JournalReader::Fields JournalReader::fields(const QByteArray &entry)

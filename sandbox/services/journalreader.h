@@ -16,8 +16,8 @@ public:
 
     // Binds the socket; false with errno set when that fails.
     bool listen(const QString &socketPath);
-    // Records every entry until the process ends.
-    [[noreturn]] void run();
+    // Records every entry until SIGTERM, and those sent before it.
+    void run();
 
     using Fields = QList<QPair<QByteArray, QByteArray>>;
     // The fields of an entry in the journal's native format: NAME=value and a line feed, or,
@@ -26,7 +26,9 @@ public:
     static Fields fields(const QByteArray &entry);
 
 private:
-    QByteArray receive();
+    // False when no entry came (with MSG_DONTWAIT: none was waiting).
+    bool receive(QByteArray *entry, int flags);
+    void record(const QByteArray &entry);
     void append(int fd, const QByteArray &bytes);
 
     int _socket = -1;

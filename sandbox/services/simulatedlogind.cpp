@@ -8,6 +8,7 @@
 #include <QSocketNotifier>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 QDBusArgument &operator<<(QDBusArgument &argument, const Inhibitor &inhibitor)
@@ -79,6 +80,18 @@ QList<Inhibitor> SimulatedLogind::ListInhibitors() const
     for (const auto &lock : _locks)
         inhibitors << lock.second;
     return inhibitors;
+}
+
+void SimulatedLogind::noteClosedLocks()
+{
+    QList<QSocketNotifier *> closed;
+    for (const auto &lock : _locks) {
+        pollfd end = {int(lock.first->socket()), POLLIN, 0};
+        if (::poll(&end, 1, 0) == 1)
+            closed << lock.first;
+    }
+    for (QSocketNotifier *notifier : closed)
+        released(notifier);
 }
 
 void SimulatedLogind::released(QSocketNotifier *notifier)

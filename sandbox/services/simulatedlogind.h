@@ -31,6 +31,9 @@ class SimulatedLogind : public QObject, protected QDBusContext
 public:
     explicit SimulatedLogind(const QString &logPath, QObject *parent = nullptr);
 
+    // Logs the locks already closed whose end the event loop has not yet seen.
+    void noteClosedLocks();
+
 public slots:
     QDBusUnixFileDescriptor Inhibit(const QString &what, const QString &who, const QString &why,
                                     const QString &mode);

@@ -40,15 +40,19 @@ void TestSandbox::isolation()
     const QString stray = QString("pyx-stray-%1").arg(QRandomGenerator::global()->generate64());
 
     // Ends at once unless the mount and host name namespaces differ from the host's (the links'
-    // targets read "mnt:[inode]"); then does to the host by hand what the plug-in does, and
-    // leaves a helper running.
+    // targets read "mnt:[inode]"); then does to the host by hand what the plug-in does, sends
+    // the journal an entry too large for one datagram just before it ends, takes a lock of
+    // logind's, and leaves a helper running.
     const QString script =
         QString("case '%1' in *\"$(readlink /proc/self/ns/mnt)\"* | "
                 "*\"$(readlink /proc/self/ns/uts)\"*) exit 99 ;; esac\nset -e\n"
                 "printf '127.0.0.1\\tlocalhost\\n10.1.2.3\\tdc1.corp.example\\tdc1\\n' >/etc/.h\n"
                 "mv /etc/.h /etc/hosts; echo rehearsal >/etc/orn/x; hostname dc1.corp.example\n"
                 "bash -c 'exec -a \"$0\" sleep 1000' %2 &\n"
-                "kill -0 $!; cat /etc/hosts /etc/orn/x; hostname\n")
+                "kill -0 $!; cat /etc/hosts /etc/orn/x; hostname\n"
+                "systemd-inhibit --what=sleep --who=t --why=t true\n"
+                "printf 'MESSAGE=%s\\n' \"$(head -c 9000000 /dev/zero | tr '\\0' x)\" | "
+                "logger --journald\n")
             .arg(namespaces().join(""), stray);
     const SandboxRun run = runSandbox({"--state-dir", state.path()}, {"sh", "-c", script});
     QStringList strays; // started inside, still running: ended here, then reported
@@ -65,6 +69,8 @@ void TestSandbox::isolation()
                                  "rehearsal\ndc1.corp.example\n"));
     const auto kept = [&](const char *path) { return readFile(state.filePath(path)); };
     QCOMPARE(QByteArray(kept("etc/hosts") + kept("etc/orn/x") + kept("hostname")), run.out);
+    QCOMPARE(journalEntries(kept("journal")).value(0)["MESSAGE"].toString().size(), 9000000);
+    QCOMPARE(lockOrder(kept("log")), "taken released");
     QCOMPARE(hostFacts(), before);
     QCOMPARE(strays, QStringList());
 }
