@@ -123,20 +123,16 @@ void TestInstalledPackages::formInRussian()
 // removes it at the next boot, and only then, on a root of our own.
 void TestInstalledPackages::bootRemovesPasswordFile()
 {
-    const QDir root(m_work.filePath("root"));
-    QVERIFY(root.mkpath("etc/orn"));
-    for (const char *name : {"etc/orn/tempFile", "etc/orn/orn.conf"}) {
-        QFile file(root.filePath(name));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("K/M:k\nadmin/admin:a") > 0);
-        QVERIFY(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
-    }
-    const QStringList remove{"--root=" + root.path(), "--remove",
+    const QString orn = m_work.filePath("root/etc/orn");
+    QVERIFY(sh(QString("mkdir -p %1 && umask 077 && echo a >%1/tempFile && echo b >%1/orn.conf")
+                   .arg(orn)));
+    const QStringList remove{"--root=" + m_work.filePath("root"), "--remove",
                              "/usr/lib/tmpfiles.d/pyx-orn-server-plugin.conf"};
     QStringList left;
     for (const QStringList &arguments : {remove, QStringList{"--boot"} + remove}) {
         const SandboxRun run = runProgram("systemd-tmpfiles", arguments);
         QVERIFY2(run.exitCode == 0, run.err.constData());
-        left << QDir(root.filePath("etc/orn")).entryList(QDir::Files).join(' ');
+        left << QDir(orn).entryList(QDir::Files).join(' ');
     }
     QCOMPARE(left, QStringList({"orn.conf tempFile", "orn.conf"}));
 }
