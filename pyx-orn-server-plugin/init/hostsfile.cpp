@@ -59,12 +59,18 @@ bool readAll(QFile &file, QByteArray *content)
 
 } // namespace
 
+QString HostsFile::entry(const QString &hostname, const QString &serverName,
+                         const QString &ipAddress)
+{
+    return QStringLiteral("%1 %2 %3").arg(ipAddress, serverName, hostname);
+}
+
 QByteArray HostsFile::withEntry(QByteArray content, const QString &hostname,
                                 const QString &serverName, const QString &ipAddress,
                                 QByteArray *replacedLine)
 {
     const QByteArray entry =
-        QStringLiteral("%1 %2 %3\n").arg(ipAddress, serverName, hostname).toUtf8();
+        (HostsFile::entry(hostname, serverName, ipAddress) + QLatin1Char('\n')).toUtf8();
     // The name goes into the pattern as it is: its dots match any character, like the
     // address's. Compiled once per rewrite, not per line.
     const QRegularExpression pattern(

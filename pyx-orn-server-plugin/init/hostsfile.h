@@ -9,6 +9,9 @@
 class HostsFile
 {
 public:
+    // The host's line, without its line end: "ipAddress serverName hostname".
+    static QString entry(const QString &hostname, const QString &serverName,
+                         const QString &ipAddress);
     // `content` with its first line that maps an IPv4 address to `hostname` (as a whole word,
     // not commented out) replaced by "ipAddress serverName hostname", or with that entry added
     // after the last line. Every other line keeps its bytes. `replacedLine`, when given, gets

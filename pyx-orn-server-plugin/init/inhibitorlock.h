@@ -17,7 +17,6 @@ public:
     // taken, or an empty text.
     QString take(const QString &what, const QString &who, const QString &why,
                  const QString &mode);
-    bool isHeld() const { return _fd >= 0; }
     // Returns whether a lock was held.
     bool release();
 

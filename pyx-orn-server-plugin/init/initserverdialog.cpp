@@ -168,9 +168,7 @@ bool InitServerDialog::setHostname(const QString &hostname)
     const QString error =
         runCommand(QStringLiteral("hostnamectl"), {QStringLiteral("set-hostname"), hostname});
     if (!error.isEmpty()) {
-        insertText(error);
-        _journal.stepFailed("hostname", error);
-        return false;
+        return stepFailed("hostname", error);
     }
     _journal.hostnameSet(hostname, previous != hostname);
     if (previous != hostname)
@@ -186,8 +184,8 @@ bool InitServerDialog::updateHostsFile(const QString &hostname, const QString &s
     QString failure;
     switch (HostsFile::update(path, hostname, serverName, ipAddress, &replacedLine)) {
     case AtomicFile::Replaced:
-        _journal.hostsFileRewritten(
-            QStringLiteral("%1 %2 %3").arg(ipAddress, serverName, hostname), replacedLine);
+        _journal.hostsFileRewritten(HostsFile::entry(hostname, serverName, ipAddress),
+                                    replacedLine);
         return true;
     case AtomicFile::NotOpened:
         failure = tr("File %1 can not be opened").arg(path);
@@ -196,19 +194,13 @@ bool InitServerDialog::updateHostsFile(const QString &hostname, const QString &s
         failure = tr("Write error in file %1").arg(path);
         break;
     }
-    insertText(failure);
-    _journal.stepFailed("hosts", failure);
-    return false;
+    return stepFailed("hosts", failure);
 }
 
 bool InitServerDialog::writePasswordFile()
 {
     const QString path = passwordFilePath;
-    const auto fail = [this](const QString &line) {
-        insertText(line);
-        _journal.stepFailed("password-file", line);
-        return false;
-    };
+    const auto fail = [this](const QString &line) { return stepFailed("password-file", line); };
     // Owner-only from birth: no instant in which another user could read the passwords.
     const int fd = SecretFile::create(path);
     if (fd < 0 || !_tempFile.open(fd, QIODevice::WriteOnly | QIODevice::Unbuffered,
@@ -260,8 +252,7 @@ void InitServerDialog::toolFailedToStart(QProcess::ProcessError error)
     const QString line = QStringLiteral("%1: %2 %3")
                              .arg(tr("Process start error"), _process.program(),
                                   _process.arguments().join(QLatin1Char(' ')));
-    insertText(line);
-    _journal.stepFailed("tool", line);
+    stepFailed("tool", line);
     initFinished();
 }
 
@@ -271,6 +262,13 @@ void InitServerDialog::readProcessOutput(int channel)
     const QString paragraph = outputParagraph(_process.readAll());
     _journal.output(paragraph, channel == QProcess::StandardError);
     appendToPane(paragraph);
+}
+
+bool InitServerDialog::stepFailed(const char *step, const QString &line)
+{
+    insertText(line);
+    _journal.stepFailed(step, line);
+    return false;
 }
 
 void InitServerDialog::insertText(const QString &text)

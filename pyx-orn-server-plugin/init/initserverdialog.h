@@ -62,6 +62,8 @@ private:
     bool writePasswordFile();
     void startInitTool();
     void toolFailedToStart(QProcess::ProcessError error);
+    // A step's failure: one line in the pane and in the journal. Returns false.
+    bool stepFailed(const char *step, const QString &line);
     void removePasswordFile();
     // Once the tool has ended, however: the passwords and the inhibitor lock go, and the journal
     // learns how the run ended.
