@@ -1,19 +1,25 @@
 // The rewrite of /etc/hosts. Whatever the file holds, the result is the file with exactly one
 // line replaced by the entry "ADDRESS SERVER HOST\n", or the file (ended by a line feed if it
-// was not) with the entry after it; every other byte stays. For host names of letters, digits
-// and hyphens the replaced line is the first that a plain restatement of the matching rule
-// picks, and a second rewrite changes nothing.
+// was not) with the entry after it; every other byte stays. The line replaced is the first one
+// that the matching rule, applied to each line on its own, counts as the host's: the line
+// pattern with the name pasted in finds a match whose name group is not empty. For host names of
+// letters, digits and hyphens that rule reads as a plain whole-word test, and a second rewrite
+// changes nothing.
 //
 // Input, byte by byte:
-//   [0]       bit 0 set: the host name is taken as written (any characters but a line feed);
-//             clear: only its letters, digits and hyphens are kept
+//   [0]       bit 1 set: the host name is one of the file's blank-separated words, the one
+//             numbered by the length of the name field (so that every word of a real file,
+//             pattern characters and all, gets tried);
+//             else bit 0 set: the name field as written (any characters but a line feed);
+//             else only the name field's letters, digits and hyphens
 //   [1..4]    the IPv4 address, one byte per number
-//   then      the host name up to the first line feed, the server name up to the next one
+//   then      the name field up to the first line feed, the server name up to the next one
 //             without its NULs, and the rest is the file. The entry stays one line of text that
 //             the rewrite reads whole: a NUL would end its text early, as Qt's decoding does.
 #include "fuzzcheck.h"
 #include "hostsfile.h"
 
+#include <QRegularExpression>
 #include <QString>
 
 #include <algorithm>
@@ -91,6 +97,26 @@ bool namesHost(const std::string &line, const std::u32string &host)
     return false;
 }
 
+// The matching rule as written, on one line with its line end: the pattern with the name in it
+// as it stands, and a match only when the name's group took part of the line.
+bool countsAsEntry(const QRegularExpression &pattern, const std::string &line)
+{
+    const std::string bytes = line.substr(0, line.find('\0'));
+    return pattern.match(QString::fromUtf8(bytes.data(), int(bytes.size()))).capturedLength(2) > 0;
+}
+
+std::vector<std::string> words(const std::string &content)
+{
+    std::vector<std::string> result;
+    const char *const blanks = " \t\n\r\v\f";
+    for (std::size_t start = content.find_first_not_of(blanks); start != none;) {
+        const std::size_t end = content.find_first_of(blanks, start);
+        result.push_back(content.substr(start, end - start));
+        start = end == none ? none : content.find_first_not_of(blanks, end);
+    }
+    return result;
+}
+
 std::string appended(const std::string &content, const std::string &entry)
 {
     std::string result = content;
@@ -128,7 +154,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if (size < 5)
         return 0;
     const std::string input(reinterpret_cast<const char *>(data), size);
-    const bool asWritten = data[0] & 1;
+    const bool fromFile = data[0] & 2;
+    const bool asWritten = !fromFile && (data[0] & 1);
     const QString address = QStringLiteral("%1.%2.%3.%4")
                                 .arg(int(data[1]))
                                 .arg(int(data[2]))
@@ -145,7 +172,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     std::string serverBytes = field();
     serverBytes.erase(std::remove(serverBytes.begin(), serverBytes.end(), '\0'), serverBytes.end());
     const std::string content = input.substr(at);
-    if (!asWritten) {
+    if (fromFile) {
+        const std::vector<std::string> all = words(content);
+        hostBytes = all.empty() ? std::string() : all[hostBytes.size() % all.size()];
+    } else if (!asWritten) {
         std::string kept;
         for (const char c : hostBytes) {
             if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || digit(char32_t(c)) || c == '-')
@@ -153,6 +183,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         }
         hostBytes = kept;
     }
+    const bool plain = !fromFile && !asWritten;
     const QString host = QString::fromUtf8(hostBytes.data(), int(hostBytes.size()));
     const QString server = QString::fromUtf8(serverBytes.data(), int(serverBytes.size()));
     const QByteArray entryBytes =
@@ -162,26 +193,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
     const std::string result = rewrite(content, host, server, address);
     const std::vector<std::string> before = lines(content);
-    const std::vector<std::string> after = lines(result);
-    std::size_t replaced = none;
-    if (result != appended(content, entry)) {
-        require(after.size() == before.size(), "a replacement keeps the number of lines");
-        for (std::size_t i = 0; i < before.size(); ++i) {
-            if (after[i] == before[i])
-                continue;
-            require(replaced == none, "at most one line changes");
-            require(after[i] == entry, "the changed line is the entry");
-            replaced = i;
-        }
-    }
-
-    if (asWritten)
-        return 0;
-    // A plain name: the line replaced is the first one that names the host.
+    const QRegularExpression pattern(
+        QStringLiteral("^(?![[:space:]]*#)[[:space:]]*(\\d{1,3}.\\d{1,3}.\\d{1,3}.\\d{1,3}).*"
+                       "[[:space:]](%1)([[:space:]]|$)")
+            .arg(host));
     const std::u32string hostText = host.toStdU32String();
     std::size_t first = none;
     for (std::size_t i = 0; i < before.size() && first == none; ++i) {
-        if (namesHost(before[i], hostText))
+        const bool counts = pattern.isValid() && countsAsEntry(pattern, before[i]);
+        if (plain)
+            require(counts == namesHost(before[i], hostText),
+                    "for a plain name the rule is a whole-word test");
+        if (counts)
             first = i;
     }
     if (first == none) {
@@ -191,7 +214,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         expected[first] = entry;
         require(result == joined(expected), "the host's first line is the one replaced");
     }
-    if (!host.isEmpty())
+    if (plain && !host.isEmpty())
         require(rewrite(result, host, server, address) == result,
                 "a second rewrite changes nothing");
     return 0;

@@ -82,9 +82,10 @@ QByteArray HostsFile::withEntry(QByteArray content, const QString &hostname,
     const bool searchBytes = matchesOnlyItself(hostname);
     const QByteArray name = hostname.toLatin1();
 
-    // An empty name names no line.
+    // An empty name names no line, nor does a name that leaves the pattern unusable ("[name");
+    // Qt would warn about such a pattern once per line.
     int start = 0;
-    while (!hostname.isEmpty() && start < content.size()) {
+    while (!hostname.isEmpty() && pattern.isValid() && start < content.size()) {
         if (searchBytes) {
             const auto *hit = static_cast<const char *>(
                 ::memmem(content.constData() + start, size_t(content.size() - start),
@@ -96,8 +97,10 @@ QByteArray HostsFile::withEntry(QByteArray content, const QString &hostname,
         const int lineFeed = content.indexOf('\n', start);
         const int end = lineFeed < 0 ? content.size() : lineFeed + 1;
         const QByteArray line = QByteArray::fromRawData(content.constData() + start, end - start);
+        // A name with pattern characters can match while naming nothing ("srv|" matches the
+        // empty word at any line's end); only a match that took some of the line names the host.
         // In place: the bytes of a long list are moved, not copied into a second buffer.
-        if (pattern.match(QString::fromLocal8Bit(line)).hasMatch()) {
+        if (pattern.match(QString::fromLocal8Bit(line)).capturedLength(2) > 0) {
             if (replacedLine) {
                 *replacedLine = QByteArray(line.constData(), line.size());
                 while (replacedLine->endsWith('\n') || replacedLine->endsWith('\r'))

@@ -87,6 +87,12 @@ void TestInitLogic::hostsEntry_data()
         "0.0.0.0 my-srv.ads\n# 1.1.1.1 my-srv\n10.0.0.5 srv.new.lan my-srv\n");
     row("empty name", "127.0.1.1 srv\n", "", "127.0.1.1 srv\n10.0.0.5 srv.new.lan \n");
     row("other bytes kept", "# caf\xe9\n127.0.1.1 srv", "srv", "# caf\xe9\n" + e);
+    // Pattern characters in a name: a match counts only where the name took part of the line.
+    const QByteArray local = "127.0.0.1 localhost\n127.0.1.1 ws1\n";
+    for (const char *name : {"srv|", "$", "x*", "[name"})
+        row(name, local, name, local + "10.0.0.5 srv.new.lan " + name + "\n");
+    row("a pattern name that takes a word", local + "10.0.0.1 xx\n", "x+",
+        local + "10.0.0.5 srv.new.lan x+\n");
 }
 
 void TestInitLogic::outputParagraph_data()
