@@ -10,6 +10,7 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QHostInfo>
+#include <QPushButton>
 #include <QRegularExpression>
 
 #include <utility>
@@ -62,6 +63,9 @@ InitServerDialog::InitServerDialog(const QMap<QString, QVariant> &request, QWidg
     _ui->setupUi(this);
     setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::CustomizeWindowHint);
     _process.setProgram(QStringLiteral("orn-init"));
+    // A dialog's push buttons take Return by default, which would make one stray Return kill the
+    // tool halfway through rebuilding the directory. Abort is pressed by a click or Space only.
+    _ui->_buttonBox->button(QDialogButtonBox::Abort)->setAutoDefault(false);
     connect(_ui->_buttonBox, &QDialogButtonBox::clicked, this, &InitServerDialog::buttonClicked);
     _outputTimer.setSingleShot(true);
     _outputTimer.setInterval(0);
@@ -358,7 +362,14 @@ void InitServerDialog::initFinished()
     const bool again = _ui->_buttonBox->button(QDialogButtonBox::Close) != nullptr;
     _ui->_progressBar->setMaximum(100);
     _ui->_progressBar->setValue(100);
+    const bool buttonHadFocus = _ui->_buttonBox->isAncestorOf(focusWidget());
     _ui->_buttonBox->setStandardButtons(QDialogButtonBox::Close);
+    // Once the run is over, Return closes wherever the focus is; a keyboard user who was on
+    // Abort finds the focus on Close.
+    QPushButton *closeButton = _ui->_buttonBox->button(QDialogButtonBox::Close);
+    closeButton->setDefault(true);
+    if (buttonHadFocus)
+        closeButton->setFocus();
     if (!again && toolSucceeded())
         emit serverCreatedSuccsessfully();
 }

@@ -42,6 +42,20 @@ void setOwnEnabled(QWidget *field, const QGroupBox *group, bool enabled)
     }
 }
 
+// The boxes that stand before the database is destroyed and before a reboot. They have no
+// default button, yet Qt hands the focus, and with it Return, to their first button, Yes; the
+// focus starts on No instead, so that one stray Return answers No. Otherwise the box is the one
+// QMessageBox's static helpers build.
+QMessageBox::StandardButton askYesNo(QWidget *parent, QMessageBox::Icon icon, const QString &title,
+                                     const QString &text)
+{
+    QMessageBox box(icon, title, text, QMessageBox::Yes | QMessageBox::No, parent);
+    box.button(QMessageBox::No)->setFocus();
+    if (box.exec() == -1)
+        return QMessageBox::Cancel;
+    return box.standardButton(box.clickedButton());
+}
+
 } // namespace
 
 OrnServerWidget::OrnServerWidget(Module &module, Permission permission, QWidget *parent)
@@ -139,12 +153,11 @@ void OrnServerWidget::createServer()
                               QMessageBox::NoButton);
         return;
     }
-    const QMessageBox::StandardButton answer = QMessageBox::warning(
-        this, tr("Warning"),
+    const QMessageBox::StandardButton answer = askYesNo(
+        this, QMessageBox::Warning, tr("Warning"),
         tr("The creation of the server will destroy the entire database LDAP and Kerberos! Also "
            "during execution of this command can be stopped and restarted LDAP, Kerberos "
-           "NFS/Samba and some other services!\nDo you really want to continue?"),
-        QMessageBox::Yes | QMessageBox::No, QMessageBox::NoButton);
+           "NFS/Samba and some other services!\nDo you really want to continue?"));
     if (answer == QMessageBox::No)
         return;
 
@@ -190,11 +203,9 @@ void OrnServerWidget::createServer()
                              QMessageBox::Ok, QMessageBox::NoButton);
         return;
     }
-    if (QMessageBox::question(this, tr("Reboot"),
-                              tr("Hostname was changed. For correct operation of the system you "
-                                 "must reboot.\nDo you want reboot now?"),
-                              QMessageBox::Yes | QMessageBox::No, QMessageBox::NoButton)
-        == QMessageBox::Yes) {
+    if (askYesNo(this, QMessageBox::Question, tr("Reboot"),
+                 tr("Hostname was changed. For correct operation of the system you must "
+                    "reboot.\nDo you want reboot now?")) == QMessageBox::Yes) {
         dialog.journal().rebootRequested();
         reboot();
     }

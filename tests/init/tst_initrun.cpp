@@ -213,7 +213,8 @@ void TestInitRun::run()
     QString finished, shown;
     QTimer::singleShot(0, this, [&] {
         if (!stop.isEmpty()) {
-            // Escape and a close request change nothing while the tool runs.
+            // Escape, Return, Enter and a close request change nothing while the tool runs, on
+            // the Abort button or elsewhere.
             const bool running =
                 QTest::qWaitFor([&] { return !text->toPlainText().isEmpty(); }, 20000);
             const QByteArray locks =
@@ -224,10 +225,20 @@ void TestInitRun::run()
                             : locks);
             QTest::keyClick(dialog, Qt::Key_Escape);
             dialog->close();
-            emitted << (running && dialog->isVisible() ? "ignored" : "closed");
+            QWidget *abort = box->button(QDialogButtonBox::Abort);
+            for (QWidget *target : {abort, static_cast<QWidget *>(text)}) {
+                QTest::keyClick(target, Qt::Key_Return);
+                if (box->button(QDialogButtonBox::Abort))
+                    QTest::keyClick(target, Qt::Key_Enter, Qt::KeypadModifier);
+            }
+            emitted << (running && dialog->isVisible() && box->button(QDialogButtonBox::Abort) &&
+                                QFileInfo(secret).isFile()
+                            ? "ignored"
+                            : "closed");
             if (stop == "destroy")
                 return delete dialog;
-            QTest::mouseClick(box->button(QDialogButtonBox::Abort), Qt::LeftButton);
+            if (box->button(QDialogButtonBox::Abort))
+                QTest::keyClick(abort, Qt::Key_Space);
         }
         // A run that does not end is aborted, so that the test fails instead of hanging.
         if (!QTest::qWaitFor([&] { return box->button(QDialogButtonBox::Close); }, 20000))
@@ -235,7 +246,12 @@ void TestInitRun::run()
         finished = QString::asprintf("%d %d %d %x", bar->minimum(), bar->maximum(), bar->value(),
                                      unsigned(box->standardButtons()));
         shown = text->toPlainText();
-        QTest::mouseClick(box->button(QDialogButtonBox::Close), Qt::LeftButton);
+        // Return closes the ended run from anywhere in it, not only from a focused Close.
+        QTest::keyClick(text, Qt::Key_Return);
+        if (dialog->isVisible()) {
+            finished += " Return ignored";
+            box->button(QDialogButtonBox::Close)->click();
+        }
     });
     QElapsedTimer clock;
     clock.start();

@@ -48,7 +48,7 @@ private slots:
     {
         const Row rows[] = {
             {"input errors", "", "", "Error OK", "", "1"},
-            {"confirmation refused", "", "", "Warning No", "k", "1"},
+            {"confirmation refused by Return", "", "", "Warning Return", "k", "1"},
             {"logged in, names kept", "", "orn-init", "Warning Yes;Initialization Close", "k", "1"},
             {"logged out, same host name", "", "orn-init", "Warning Yes;Initialization Close", "k",
              "0", "ws1"},
@@ -57,8 +57,10 @@ private slots:
             // The console quits while the tool still works: the run ends with the dialog.
             {"console quits", "", "orn-init", "Warning Yes;Initialization quit", "k", "0", "dc4",
              "SANDBOX_ORN_INIT_DURATION=60"},
-            {"new name, reboot refused", "", "orn-init",
-             "Warning Yes;Initialization Close;Reboot No", "k", "0", "dc2"},
+            // Return pressed all through the run changes nothing; then it closes, and refuses.
+            {"new name, Return throughout, reboot refused", "", "orn-init",
+             "Warning Yes;Initialization Return;Reboot Return", "k", "0", "dc2",
+             "SANDBOX_ORN_INIT_DURATION=2"},
             {"reboot for the sudo user", "",
              "vex-wmfunc [VEXWM_REBOOT] {XDG_RUNTIME_DIR=/run/user/1000}",
              "Warning Yes;Initialization Close;Reboot Yes", "k", "0", "dc3", "SUDO_UID=1000"},
@@ -92,9 +94,10 @@ private slots:
         form.findChild<QComboBox *>("_ipComboBox")->addItem("192.0.2.2");
         form.findChild<QLineEdit *>("_hostnameLineEdit")->setText(row.hostname);
         form.findChild<QLineEdit *>("_domainNameLineEdit")->setText(".corp.lan");
-        // Presses the answer the row expects on the window on top and notes the window; an
-        // unexpected box is closed all the same, so that the flow ends and the row fails.
+        // Presses the answer the row expects on the window on top and notes the window.
         QStringList shown;
+        int presses = 0;
+        QPointer<QDialog> answeredByReturn;
         QTimer answering;
         answering.callOnTimeout([&] {
             auto *modal = qobject_cast<QDialog *>(QApplication::activeModalWidget());
@@ -102,20 +105,39 @@ private slots:
                 return;
             const QString answer =
                 row.windows.section(';', shown.size(), shown.size()).section(' ', 1);
+            const QString title = modal->windowTitle().section(' ', 0, 0);
+            const auto *box = modal->findChild<QDialogButtonBox *>();
+            // A box, or the dialog once its run has ended.
+            const bool settled =
+                qobject_cast<QMessageBox *>(modal) || box->button(QDialogButtonBox::Close);
             if (answer == "quit") {
                 // Once the tool has started to talk, and noted if it no longer runs by then.
                 if (modal->findChild<QPlainTextEdit *>()->toPlainText().isEmpty())
                     return;
-                const auto *box = modal->findChild<QDialogButtonBox *>();
-                shown << (box->button(QDialogButtonBox::Abort) ? "Initialization quit" : "ended");
+                shown << (settled ? "ended" : "Initialization quit");
                 return QCoreApplication::quit();
+            }
+            if (answer == "Return" && modal != answeredByReturn) {
+                // Pressed on every tick while the tool runs, alternating with the keypad's Enter.
+                if (settled) {
+                    const auto *question = qobject_cast<QMessageBox *>(modal);
+                    shown << title + (question && question->defaultButton() ? " with a default" : "")
+                                 + " Return";
+                    answeredByReturn = modal;
+                }
+                const bool keypad = ++presses % 2 == 0;
+                QTest::keyClick(modal->focusWidget() ? modal->focusWidget() : modal,
+                                keypad ? Qt::Key_Enter : Qt::Key_Return,
+                                keypad ? Qt::KeypadModifier : Qt::NoModifier);
+                return;
             }
             QAbstractButton *pressed = nullptr;
             for (QAbstractButton *button : modal->findChildren<QAbstractButton *>())
                 pressed = button->text().remove('&') == answer ? button : pressed;
-            if (!qobject_cast<QMessageBox *>(modal) && !pressed) // the dialog still works
+            if (!settled && !pressed) // the dialog still works
                 return;
-            shown << modal->windowTitle().section(' ', 0, 0) + ' ' + (pressed ? answer : "-");
+            // An unexpected window, or one that Return left open, is closed all the same.
+            shown << title + ' ' + (pressed ? answer : "-");
             pressed ? pressed->click() : modal->reject();
         });
         answering.start(20);
