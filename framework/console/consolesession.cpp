@@ -4,7 +4,11 @@
 #include "orndomainelement.h"
 #include "pyxorncore.h"
 
+#include <QCoreApplication>
 #include <QGuiApplication>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
 
 namespace {
 
@@ -22,6 +26,16 @@ void ConsoleSession::silenceOffscreenNoise()
 {
     if (QGuiApplication::platformName() == QLatin1String("offscreen") && !defaultHandler)
         defaultHandler = qInstallMessageHandler(dropSizeHintNoise);
+}
+
+void ConsoleSession::installTranslators()
+{
+    auto *qt = new QTranslator(QCoreApplication::instance());
+    if (qt->load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                 QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(qt);
+    else
+        delete qt;
 }
 
 ConsoleSession::ConsoleSession(const Options &options)

@@ -25,6 +25,9 @@ public:
     // Offscreen there is no window manager, and the platform says so on standard error for every
     // window; a reading task takes anything there for a warning of the host.
     static void silenceOffscreenNoise();
+    // Qt's own texts (standard buttons, the options' help) in the system locale's language, from
+    // the catalogues the distribution installs beside Qt.
+    static void installTranslators();
     ~ConsoleSession();
 
     const PluginRegistry &registry() const { return m_registry; }

@@ -28,6 +28,7 @@ int main(int argc, char *argv[])
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("pyx-console"));
     ConsoleSession::silenceOffscreenNoise();
+    ConsoleSession::installTranslators();
 
     QCommandLineParser parser;
     parser.setApplicationDescription(

@@ -8,6 +8,7 @@ int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     ConsoleSession::silenceOffscreenNoise();
+    ConsoleSession::installTranslators();
     QCommandLineParser parser;
     parser.setApplicationDescription(QApplication::translate(
         "main", "Creates an ORN server in the console and saves a picture of every step."));

@@ -169,7 +169,13 @@ void Walkthrough::poll()
 bool Walkthrough::photograph(const QString &picture)
 {
     QImage image = m_window.grab().toImage();
+    // The line printed for the picture names the buttons of the window on top, as shown.
+    QString buttons;
     if (QWidget *modal = QApplication::activeModalWidget()) {
+        for (const QAbstractButton *button : modal->findChildren<QAbstractButton *>()) {
+            if (button->isVisibleTo(modal))
+                buttons += QStringLiteral(" [%1]").arg(button->text());
+        }
         const QImage top = modal->grab().toImage();
         QPainter painter(&image);
         painter.fillRect(image.rect(), QColor(0, 0, 0, 60));
@@ -181,7 +187,7 @@ bool Walkthrough::photograph(const QString &picture)
         std::fprintf(stderr, "walkthrough: cannot write %s\n", qPrintable(file));
         return false;
     }
-    std::printf("%s\n", qPrintable(file));
+    std::printf("%s\n", (file + buttons).toUtf8().constData());
     std::fflush(stdout);
     return true;
 }

@@ -117,6 +117,11 @@ void TestInstalledPackages::formInRussian()
     QVERIFY(!russian.isNull() && !reference.isNull() && !untranslated.isNull());
     QVERIFY(russian == reference);
     QVERIFY(russian != untranslated);
+    // Qt's own texts, its standard buttons among them, come from the catalogue the distribution
+    // installs beside Qt; the options' help shows whether the console found it.
+    const SandboxRun help =
+        runProgram(installedConsole, {"--help"}, consoleEnvironment("ru_RU.UTF-8"));
+    QVERIFY2(QString::fromUtf8(help.out).contains("\nПараметры:\n"), help.out.constData());
 }
 
 // A console killed while orn-init ran leaves the password file; the package's tmpfiles rule
