@@ -5,6 +5,12 @@
 #include <string>
 
 // The console's view of the local directory-domain installation.
+//
+// Of these operations only the order of domainName(), isServer(), isServerOn(), isConfigured()
+// and refresh() is the console's, and the plug-in relies on nothing more. The real core has
+// further operations between them, and its destructor may sit elsewhere; realmName() and
+// serverRole() only fill that gap for the stand-in. A build for the real console uses the real
+// header here.
 class ORN_CORE_EXPORT OrnCore
 {
 public:
