@@ -5,10 +5,13 @@
 #include "pyxorncore.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QGuiApplication>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QTranslator>
+
+#include <utility>
 
 namespace {
 
@@ -30,12 +33,22 @@ void ConsoleSession::silenceOffscreenNoise()
 
 void ConsoleSession::installTranslators()
 {
-    auto *qt = new QTranslator(QCoreApplication::instance());
-    if (qt->load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
-                 QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
-        QCoreApplication::installTranslator(qt);
-    else
-        delete qt;
+    // A console run from the build tree reads the build's catalogue, an installed one its own.
+    const QString inBuildTree = QDir(QCoreApplication::applicationDirPath())
+                                    .filePath(QStringLiteral(PYX_BUILD_TRANSLATIONS_DIR_FROM_BIN));
+    const QString console = QDir(inBuildTree).exists()
+                                ? inBuildTree
+                                : QStringLiteral(PYX_CONSOLE_TRANSLATIONS_DIR);
+    const std::pair<QString, QString> catalogues[] = {
+        {QStringLiteral("qtbase"), QLibraryInfo::location(QLibraryInfo::TranslationsPath)},
+        {QStringLiteral("pyx-console"), console}};
+    for (const auto &[name, folder] : catalogues) {
+        auto *translator = new QTranslator(QCoreApplication::instance());
+        if (translator->load(QLocale(), name, QStringLiteral("_"), folder))
+            QCoreApplication::installTranslator(translator);
+        else
+            delete translator;
+    }
 }
 
 ConsoleSession::ConsoleSession(const Options &options)

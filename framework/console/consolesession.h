@@ -25,8 +25,8 @@ public:
     // Offscreen there is no window manager, and the platform says so on standard error for every
     // window; a reading task takes anything there for a warning of the host.
     static void silenceOffscreenNoise();
-    // Qt's own texts (standard buttons, the options' help) in the system locale's language, from
-    // the catalogues the distribution installs beside Qt.
+    // The console's texts and Qt's own (standard buttons, the options' help) in the system
+    // locale's language; Qt's come from the catalogues the distribution installs beside Qt.
     static void installTranslators();
     ~ConsoleSession();
 

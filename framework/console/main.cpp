@@ -69,7 +69,8 @@ int main(int argc, char *argv[])
         QTextStream out(stdout);
         for (const PluginEntry &entry : session.registry().entries()) {
             out << entry.fileName << '\t'
-                << (entry.enabled ? QStringLiteral("enabled") : entry.reason) << '\n';
+                << (entry.enabled ? QApplication::translate("main", "enabled") : entry.reason)
+                << '\n';
         }
         return 0;
     }

@@ -3,7 +3,8 @@
 #include <QXmlStreamReader>
 #include <QtTest>
 
-// The Russian catalogue must cover every text the code shows, and nothing else.
+// Each Russian catalogue, the plug-in's and the console's, must cover every text its code shows,
+// and nothing else.
 class TestTranslations : public QObject
 {
     Q_OBJECT
@@ -30,15 +31,25 @@ class TestTranslations : public QObject
     }
 
 private slots:
+    void catalogueMatchesTheCode_data()
+    {
+        QTest::addColumn<QString>("catalogue");
+        QTest::addColumn<QString>("sources");
+        QTest::newRow("plug-in") << "pyx-orn-server-plugin_ru.ts" << "pyx-orn-server-plugin";
+        QTest::newRow("console") << "pyx-console_ru.ts" << "framework";
+    }
+
     void catalogueMatchesTheCode()
     {
-        const QString shippedFile = PYX_TS_DIR "/pyx-orn-server-plugin_ru.ts";
+        QFETCH(QString, catalogue);
+        QFETCH(QString, sources);
+        const QString shippedFile = PYX_SOURCE_DIR "/translations/" + catalogue;
         QTemporaryDir dir;
         const QString refreshed = dir.filePath("refreshed_ru.ts");
         QVERIFY(QFile::copy(shippedFile, refreshed));
         QProcess lupdate;
-        lupdate.start(PYX_LUPDATE, {"-no-obsolete", "-locations", "none", PYX_PLUGIN_SOURCE_DIR,
-                                    "-ts", refreshed});
+        lupdate.start(PYX_LUPDATE, {"-no-obsolete", "-locations", "none",
+                                    PYX_SOURCE_DIR "/" + sources, "-ts", refreshed});
         QVERIFY(lupdate.waitForFinished(40000) && lupdate.exitCode() == 0);
 
         const QSet<QString> code = read(refreshed).first;
