@@ -75,7 +75,7 @@ fuzz: deps
 	fuzz/run $(FUZZ_BUILD_DIR) $(FUZZ_SECONDS)
 
 # Times the plug-in against the tools an administrator would use instead; prints the table that
-# the README's Performance section shows.
+# docs/performance.md shows.
 .PHONY: bench
 bench: PACKAGES += hyperfine
 bench: deps
