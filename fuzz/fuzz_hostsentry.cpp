@@ -143,12 +143,6 @@ std::string rewrite(const std::string &content, const QString &host, const QStri
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    useUtf8Locale();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     if (size < 5)

@@ -57,12 +57,6 @@ void checkTrailingNewlines(const std::uint8_t *data, std::size_t size)
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    useUtf8Locale();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const std::string chunk(reinterpret_cast<const char *>(data), size);
