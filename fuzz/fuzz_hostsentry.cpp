@@ -73,14 +73,6 @@ std::string appended(const std::string &content, const std::string &entry)
     return result + entry;
 }
 
-std::string joined(const std::vector<std::string> &lines)
-{
-    std::string result;
-    for (const std::string &line : lines)
-        result += line;
-    return result;
-}
-
 std::string rewrite(const std::string &content, const QString &host, const QString &server,
                     const QString &address)
 {
@@ -135,23 +127,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::string entry(entryBytes.constData(), std::size_t(entryBytes.size()));
 
     const std::string result = rewrite(content, host, server, address);
-    const std::vector<std::string> before = lines(content);
     const QRegularExpression pattern(
         QStringLiteral("^(?![[:space:]]*#)[[:space:]]*(\\d{1,3}.\\d{1,3}.\\d{1,3}.\\d{1,3}).*"
                        "[[:space:]](%1)([[:space:]]|$)")
             .arg(host));
-    std::size_t first = none;
-    for (std::size_t i = 0; i < before.size() && first == none; ++i) {
-        if (pattern.isValid() && countsAsEntry(pattern, before[i]))
-            first = i;
+    // The first line that counts, as where it starts in the file and its length.
+    std::size_t start = 0, length = none;
+    for (const std::string &line : lines(content)) {
+        if (pattern.isValid() && countsAsEntry(pattern, line)) {
+            length = line.size();
+            break;
+        }
+        start += line.size();
     }
-    if (first == none) {
+    if (length == none)
         require(result == appended(content, entry), "without the host's line the entry is added");
-    } else {
-        std::vector<std::string> expected = before;
-        expected[first] = entry;
-        require(result == joined(expected), "the host's first line is the one replaced");
-    }
+    else
+        require(result == std::string(content).replace(start, length, entry),
+                "the host's first line is the one replaced");
     if (plain && !host.isEmpty())
         require(rewrite(result, host, server, address) == result,
                 "a second rewrite changes nothing");
