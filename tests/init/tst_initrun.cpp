@@ -92,7 +92,7 @@ void TestInitRun::run_data()
         QTest::newRow(name) << setup << environment << host << pane << emitted << check << stop
                             << journal;
     };
-    const QStringList show{"FAKE_ORN_INIT_SHOW=1"}, fakes{"PATH=" PYX_TEST_FAKES_DIR};
+    const QStringList show{"FAKE_ORN_INIT_SHOW=1"};
     const QStringList simulated{"PATH=" + QString::fromLocal8Bit(m_path)};
     const auto mode = [&](const QString &m) {
         return QStringList(simulated) << "SANDBOX_MODE_ORN_INIT=" + m;
@@ -140,8 +140,6 @@ void TestInitRun::run_data()
         "hostname: Invalid static hostname 'a b'\n",
         ok, "grep -qx '10.0.0.5 a b.new.lan a b' /etc/hosts", "",
         "start hostname:failed hosts:added " + quiet + succeeded);
-    row("hostnamectl missing", "", fakes, "srv",
-        "Process start error: hostnamectl set-hostname srv", ok, srv + "grep -qx ws1");
     row("hostnamectl not executable", noexec("hostnamectl"),
         {"PATH=/etc/noexec:" PYX_TEST_FAKES_DIR}, "srv",
         "Process start error: hostnamectl set-hostname srv", ok, srv + "grep -qx ws1");
@@ -163,7 +161,6 @@ void TestInitRun::run_data()
     row("tool missing", "", {"PATH=/nonexistent"}, none, notRun, "", "true", "",
         "start password-file:written inhibitor:taken tool:failed inhibitor:released "
         "end:failed:not-started");
-    row("tool not executable", noexec("orn-init"), {"PATH=/etc/noexec"}, none, notRun, "");
     // Passed over like the shell would, for the one after it.
     row("tool not executable ahead of it", noexec("orn-init"),
         {"PATH=/etc/noexec:" PYX_TEST_FAKES_DIR}, none, "", ok);
@@ -171,7 +168,6 @@ void TestInitRun::run_data()
         "grep -qx 'domain = new.lan' /etc/orn/orn.conf");
     row("simulated tool crashes", "", mode("crash"), none, none, "", "true", "",
         "start password-file:written " + locked + "end:failed:crashed");
-    row("simulated tool exits 2", "", mode("exit:2"), none, none, "");
     row("simulated tool prints a megabyte", "", mode("flood:1"), none, none, ok);
     // The simulated tool leaves a helper behind, which must not outlive the run either.
     // While the tool runs, logind lists the lock.
@@ -195,7 +191,6 @@ void TestInitRun::run()
     const QSet<QString> before = processes();
     QPointer<InitServerDialog> dialog = new InitServerDialog(
         InitRequest::make(kerberos, admin, !host.isNull(), "10.0.0.5", host, host + ".new.lan"));
-    const QByteArray runId = dialog->journal().runId();
     QStringList emitted;
     connect(dialog, &InitServerDialog::serverCreatedSuccsessfully, [&] { emitted << "success"; });
     connect(dialog, &InitServerDialog::hostnameChanged,
@@ -277,7 +272,6 @@ void TestInitRun::run()
         return journalEntries(readFile(qEnvironmentVariable("SANDBOX_JOURNAL")));
     };
     QTRY_COMPARE(entries().value(entries().size() - 1)["PYX_STEP"], "end");
-    QCOMPARE(entries().first()["PYX_RUN_ID"].toString().toLatin1(), runId);
     if (!journal.isNull())
         QCOMPARE(journalSummary(entries()), journal);
     QStringList paragraphs;
