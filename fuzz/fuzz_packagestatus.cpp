@@ -27,12 +27,6 @@ bool installed(const std::string &output)
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    useUtf8Locale();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const std::string output(reinterpret_cast<const char *>(data), size);

@@ -16,8 +16,10 @@ inline void require(bool holds, const char *property)
 }
 
 // The plug-in decodes the tools' bytes with the locale's codec. The hosts it runs on use UTF-8,
-// so the harness fixes that codec instead of taking whatever locale the fuzzing machine has.
-inline void useUtf8Locale()
+// so every harness fixes that codec instead of taking whatever locale the fuzzing machine has.
+// Each fuzzer is one source file, so this definition comes once into each program.
+extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    return 0;
 }

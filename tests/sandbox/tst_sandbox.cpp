@@ -87,9 +87,8 @@ void TestSandbox::tools_data()
     };
 
     const QString rename = "hostnamectl set-hostname '%1'; echo $?; hostname; cat /etc/hostname";
+    // The plug-in's suites rename the host to good names; this row is the refusal.
     row("hostnamectl: label of 64", "", rename.arg(QString(64, 'a')), "1\nws1\nws1\n");
-    row("hostnamectl: good", "", rename.arg("dc1.corp.example"),
-        "0\ndc1.corp.example\ndc1.corp.example\n");
 
     const QString initWith = QString(
         "printf 'K/M:Km-s3cret\\nadmin/admin:Adm1n-s3cret' >/etc/orn/p; chmod %1 /etc/orn/p; %2"
