@@ -15,12 +15,7 @@
 #include "vexicon.h"
 #include "vieweditelementwidget.h"
 
-#include <QAbstractItemModelTester>
-#include <QDir>
 #include <QImage>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QThread>
 #include <QtTest>
 
 #include <cstdio>

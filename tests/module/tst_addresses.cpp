@@ -5,8 +5,6 @@
 #include "pyxorncore.h"
 #include "sandboxprocess.h"
 
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <sched.h>

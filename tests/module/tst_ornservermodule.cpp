@@ -8,8 +8,6 @@
 #include "sandboxprocess.h"
 #include "taskobserver.h"
 
-#include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <cstdio>

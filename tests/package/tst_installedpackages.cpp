@@ -3,11 +3,7 @@
 // plug-in, the libraries of both packages and the plug-in's catalogue by itself.
 #include "sandboxprocess.h"
 
-#include <QDir>
 #include <QImage>
-#include <QProcessEnvironment>
-#include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QtTest>
 
 namespace {

@@ -2,7 +2,6 @@
 #include "packagestatus.h"
 #include "sandboxprocess.h"
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 Q_DECLARE_METATYPE(PackageStatus)

@@ -2,9 +2,6 @@
 #include "plugin.h"
 #include "pluginregistry.h"
 
-#include <QJsonObject>
-#include <QPluginLoader>
-#include <QProcess>
 #include <QtTest>
 
 // The built plug-in and the fixtures the console must refuse, met through Qt's plug-in loader.

@@ -1,6 +1,3 @@
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QXmlStreamReader>
 #include <QtTest>
 
 // Each Russian catalogue, the plug-in's and the console's, must cover every text its code shows,

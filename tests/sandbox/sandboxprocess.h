@@ -1,13 +1,6 @@
 #pragma once
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
-#include <QProcessEnvironment>
-#include <QStringList>
+#include <QtCore>
 
 #include <cstdio>
 

@@ -2,7 +2,6 @@
 // afterwards the way an administrator would check the machine.
 #include "sandboxprocess.h"
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 class TestEndToEnd : public QObject

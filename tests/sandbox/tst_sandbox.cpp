@@ -4,10 +4,6 @@
 #include "hostorncore.h"
 #include "sandboxprocess.h"
 
-#include <QDir>
-#include <QRandomGenerator>
-#include <QSysInfo>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <signal.h>
