@@ -7,8 +7,7 @@
 struct SandboxRun
 {
     int exitCode = -1; // -1: killed by a signal, not started, or stopped at its time limit
-    QByteArray out;
-    QByteArray err;
+    QByteArray out, err;
 };
 
 // One run of a program, with the given environment or this process's own. 45 s leaves room
@@ -25,10 +24,7 @@ inline SandboxRun runProgram(const QString &program, const QStringList &argument
     if (!process.waitForFinished(limitMs) && process.state() != QProcess::NotRunning) {
         process.kill();
         process.waitForFinished();
-        run.err = QString("%1 did not end within %2 s and was killed\n")
-                      .arg(program)
-                      .arg(limitMs / 1000)
-                      .toUtf8();
+        run.err = program.toUtf8() + " was killed after " + QByteArray::number(limitMs) + " ms\n";
     }
     if (process.exitStatus() == QProcess::NormalExit && process.error() != QProcess::FailedToStart)
         run.exitCode = process.exitCode();
@@ -38,16 +34,13 @@ inline SandboxRun runProgram(const QString &program, const QStringList &argument
 }
 
 // The simulated journal and logind of this build tree.
-inline QStringList sandboxServices()
-{
-    return {"--services", PYX_TEST_BINARY_DIR "/bin"};
-}
+inline const QStringList sandboxServices{"--services", PYX_TEST_BINARY_DIR "/bin"};
 
 // One run of sandbox/run: `options -- command`.
 inline SandboxRun runSandbox(const QStringList &options, const QStringList &command)
 {
     return runProgram(PYX_SANDBOX_DIR "/run",
-                      sandboxServices() + options + QStringList{"--"} + command);
+                      sandboxServices + options + QStringList{"--"} + command);
 }
 
 // Where namespaces are not available, sandbox/run and the test executables return 77, which
@@ -70,10 +63,8 @@ inline int runInsideSandbox(int argc, char *argv[], const QStringList &options)
     QCoreApplication app(argc, argv);
     QProcess inside;
     inside.setProcessChannelMode(QProcess::ForwardedChannels);
-    inside.start(PYX_SANDBOX_DIR "/run", sandboxServices() + options +
-                                             QStringList{"--env", "QT_QPA_PLATFORM=offscreen", "--",
-                                                         app.applicationFilePath()} +
-                                             app.arguments().mid(1));
+    const QStringList self{"--env", "QT_QPA_PLATFORM=offscreen", "--", app.applicationFilePath()};
+    inside.start(PYX_SANDBOX_DIR "/run", sandboxServices + options + self + app.arguments().mid(1));
     // 5 s less than CTest gives this test (its TIMEOUT, in the environment), so that the reason
     // reaches the output before CTest kills it; run by hand, without a limit (negative).
     const int limitMs = qEnvironmentVariableIntValue("PYX_TEST_TIMEOUT") * 1000 - 5000;
@@ -110,8 +101,7 @@ inline int runOnSimulatedHost(int argc, char *argv[])
 // A shell script; scripts find the system's tools whatever PATH a case chose.
 inline bool sh(const QString &script)
 {
-    return QProcess::execute("/bin/sh", {"-c", "PATH=/usr/sbin:/usr/bin:/sbin:/bin\n" + script}) ==
-           0;
+    return !QProcess::execute("/bin/sh", {"-c", "PATH=/usr/sbin:/usr/bin:/sbin:/bin\n" + script});
 }
 
 inline QByteArray readFile(const QString &path)
@@ -124,10 +114,9 @@ inline QByteArray readFile(const QString &path)
 inline QByteArray toolCalls(const QByteArray &log)
 {
     QByteArray calls;
-    for (const QByteArray &line : log.split('\n')) {
+    for (const QByteArray &line : log.split('\n'))
         if (!line.isEmpty() && !line.startsWith("journal {") && !line.startsWith("logind ["))
             calls += line + '\n';
-    }
     return calls;
 }
 
@@ -135,14 +124,13 @@ inline QByteArray toolCalls(const QByteArray &log)
 inline QString lockOrder(const QByteArray &log)
 {
     QStringList order;
-    for (const QByteArray &line : log.split('\n')) {
+    for (const QByteArray &line : log.split('\n'))
         if (line.startsWith("logind [Inhibit]"))
             order << "taken";
         else if (line.startsWith("logind [released]"))
             order << "released";
         else if (line.startsWith("orn-init ["))
             order << "tool";
-    }
     return order.join(' ');
 }
 
