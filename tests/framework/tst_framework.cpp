@@ -175,184 +175,174 @@ class TestFramework : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void initTestCase();
-    void treeIsConsistentAndPlacedByParentType();
-    void openingAnElementReadsItIntoItsForm_data();
-    void openingAnElementReadsItIntoItsForm();
-    void runsAndDeletesEveryTask_data();
-    void runsAndDeletesEveryTask();
-    void capturesEveryWriterAndRestores_data();
-    void capturesEveryWriterAndRestores();
-    void emblemGoesToTheCorner_data();
-    void emblemGoesToTheCorner();
-
-private:
     QTemporaryDir m_themes;
-};
 
-// A theme of two plain squares: red "base", blue "badge".
-void TestFramework::initTestCase()
-{
-    QDir theme(m_themes.path());
-    QVERIFY(theme.mkpath("test/32x32/apps"));
-    QFile index(theme.filePath("test/index.theme"));
-    QVERIFY(index.open(QIODevice::WriteOnly) &&
-            index.write("[Icon Theme]\nDirectories=32x32/apps\n[32x32/apps]\nSize=32\n") > 0);
-    index.close();
-    QImage image(32, 32, QImage::Format_ARGB32);
-    image.fill(Qt::red);
-    QVERIFY(image.save(theme.filePath("test/32x32/apps/base.png")));
-    image.fill(Qt::blue);
-    QVERIFY(image.save(theme.filePath("test/32x32/apps/badge.png")));
-    QIcon::setThemeSearchPaths({m_themes.path()});
-    QIcon::setThemeName("test");
-}
-
-void TestFramework::treeIsConsistentAndPlacedByParentType()
-{
-    NodeTreeModel model;
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    OrnDomainModule domain(nullptr);
-    ServerModule later(5);
-    ServerModule earlier(1);
-    model.addModule(&domain);
-    model.addModule(&later);
-    model.addModule(&earlier);
-    model.addUnavailablePlugin("Broken", "cannot load");
-
-    QCOMPARE(domain.domainElement()->childNodes(),
-             (QList<TreeNode *>{earlier.element, later.element}));
-    QCOMPARE(later.parentNode(), &domain);
-    QCOMPARE(model.node(model.indexOfType("Server")), earlier.element);
-    QVERIFY(!(model.flags(model.index(1, 0)) & Qt::ItemIsEnabled));
-
-    // Without its parent type in the tree an element stays beneath its own module.
-    NodeTreeModel alone;
-    ServerModule orphan;
-    alone.addModule(&orphan);
-    QCOMPARE(orphan.element->parentNode(), &orphan);
-}
-
-void TestFramework::openingAnElementReadsItIntoItsForm_data()
-{
-    QTest::addColumn<TaskDescription::TaskStatus>("status");
-    QTest::addColumn<bool>("delivered");
-    QTest::newRow("success") << TaskDescription::Success << true;
-    QTest::newRow("warning") << TaskDescription::Warning << true;
-    QTest::newRow("error") << TaskDescription::Error << false;
-}
-
-void TestFramework::openingAnElementReadsItIntoItsForm()
-{
-    QFETCH(TaskDescription::TaskStatus, status);
-    QFETCH(bool, delivered);
-    NodeTreeModel model;
-    ServerModule server(2, status);
-    model.addModule(&server);
-    ConsoleWindow window(&model);
-    QSignalSpy settled(&window, &ConsoleWindow::currentElementSettled);
-    server.form->blockEditWidget(true);
-
-    QVERIFY(window.openType("Server"));
-    QVERIFY(settled.wait());
-    QCOMPARE(server.form->reads.size(), delivered ? 1 : 0);
-    QCOMPARE(server.element->elementData() != nullptr, delivered);
-    if (delivered)
-        QVERIFY(server.form->blockedDuringRead && server.form->reads.first());
-}
-
-void TestFramework::runsAndDeletesEveryTask_data()
-{
-    QTest::addColumn<bool>("complete");
-    QTest::newRow("run() completes") << true;
-    QTest::newRow("run() stops short") << false;
-}
-
-void TestFramework::runsAndDeletesEveryTask()
-{
-    QFETCH(bool, complete);
-    QStringList traces, expected;
-    const QObject context;
-    connect(TaskObserver::instance(nullptr), &TaskObserver::taskFinished, &context,
-            [&](const TaskDescription &task, bool completed) {
-                traces[task.description().toInt()] += QString("finished %1").arg(completed);
-            });
-    for (int i = 0; i < 8; ++i) {
-        TaskObserver::instance(nullptr)->performTask(new ProbeTask(complete, &traces));
-        expected << QString("finished %1, run off GUI 1, afterRun on GUI 1, deleted").arg(complete);
-    }
-    QTRY_COMPARE(traces, expected);
-}
-
-void TestFramework::capturesEveryWriterAndRestores_data()
-{
-    QTest::addColumn<bool>("fromOtherThread");
-    QTest::newRow("this thread") << false;
-    QTest::newRow("other thread") << true;
-}
-
-void TestFramework::capturesEveryWriterAndRestores()
-{
-    QFETCH(bool, fromOtherThread);
-    const QString before = descriptorState();
-    // Stands in for a child that inherited the captured stderr: the capture must end anyway.
-    int lingeringWriter = -1;
+private slots:
+    // A theme of two plain squares: red "base", blue "badge".
+    void initTestCase()
     {
-        StreamInterceptor interceptor(stderr);
-        QVERIFY(interceptor.isCapturing());
-        // One capture at a time: a second one sees nothing and must not undo the first.
-        auto second = std::make_unique<StreamInterceptor>(stderr);
-        QVERIFY(!second->isCapturing());
-        QByteArray expected = fromOtherThread
-                                  ? std::async(std::launch::async, writeThroughEveryWriter).get()
-                                  : writeThroughEveryWriter();
-        QCOMPARE(second->streamReadAll(), QByteArray());
-        second.reset();
-        QCOMPARE(interceptor.streamReadAll(), expected);
-        // Each read must hold what was written just before it.
-        for (char c = 'a'; c <= 'z'; ++c) {
-            std::fputc(c, stderr);
-            expected += c;
-            QCOMPARE(interceptor.streamReadAll(), expected);
-        }
-        lingeringWriter = dup(STDERR_FILENO);
+        QDir theme(m_themes.path());
+        QVERIFY(theme.mkpath("test/32x32/apps"));
+        QFile index(theme.filePath("test/index.theme"));
+        QVERIFY(index.open(QIODevice::WriteOnly) &&
+                index.write("[Icon Theme]\nDirectories=32x32/apps\n[32x32/apps]\nSize=32\n") > 0);
+        index.close();
+        QImage image(32, 32, QImage::Format_ARGB32);
+        image.fill(Qt::red);
+        QVERIFY(image.save(theme.filePath("test/32x32/apps/base.png")));
+        image.fill(Qt::blue);
+        QVERIFY(image.save(theme.filePath("test/32x32/apps/badge.png")));
+        QIcon::setThemeSearchPaths({m_themes.path()});
+        QIcon::setThemeName("test");
     }
-    close(lingeringWriter);
-    QCOMPARE(descriptorState(), before);
-}
 
-void TestFramework::emblemGoesToTheCorner_data()
-{
-    QTest::addColumn<QString>("emblem");
-    QTest::addColumn<Qt::Corner>("corner");
-    QTest::addColumn<QPoint>("blue"); // (-1, -1): no blue anywhere
-    QTest::addColumn<QPoint>("red");
-    QTest::newRow("top left") << "badge" << Qt::TopLeftCorner << QPoint(4, 4) << QPoint(27, 27);
-    QTest::newRow("bottom right") << "badge" << Qt::BottomRightCorner << QPoint(27, 27)
-                                  << QPoint(4, 4);
-    QTest::newRow("emblem missing")
-        << "absent" << Qt::TopLeftCorner << QPoint(-1, -1) << QPoint(4, 4);
-}
+    void treeIsConsistentAndPlacedByParentType()
+    {
+        NodeTreeModel model;
+        QAbstractItemModelTester tester(&model);
+        OrnDomainModule domain(nullptr);
+        ServerModule later(5);
+        ServerModule earlier(1);
+        model.addModule(&domain);
+        model.addModule(&later);
+        model.addModule(&earlier);
+        model.addUnavailablePlugin("Broken", "cannot load");
 
-void TestFramework::emblemGoesToTheCorner()
-{
-    QFETCH(QString, emblem);
-    QFETCH(Qt::Corner, corner);
-    QFETCH(QPoint, blue);
-    QFETCH(QPoint, red);
-    const QImage image = VexIcon::fromTheme("base", {corner, emblem}, QIcon()).pixmap(32).toImage();
-    if (blue.x() >= 0)
-        QCOMPARE(QColor(image.pixel(blue)), QColor(Qt::blue));
-    QCOMPARE(QColor(image.pixel(red)), QColor(Qt::red));
+        QCOMPARE(domain.domainElement()->childNodes(),
+                 (QList<TreeNode *>{earlier.element, later.element}));
+        QCOMPARE(later.parentNode(), &domain);
+        QCOMPARE(model.node(model.indexOfType("Server")), earlier.element);
+        QVERIFY(!(model.flags(model.index(1, 0)) & Qt::ItemIsEnabled));
 
-    // Without the icon itself the fallback comes back untouched.
-    QImage green(8, 8, QImage::Format_ARGB32);
-    green.fill(Qt::green);
-    const QIcon fallback(QPixmap::fromImage(green));
-    QCOMPARE(VexIcon::fromTheme("absent", {corner, emblem}, fallback).cacheKey(),
-             fallback.cacheKey());
-}
+        // Without its parent type in the tree an element stays beneath its own module.
+        NodeTreeModel alone;
+        ServerModule orphan;
+        alone.addModule(&orphan);
+        QCOMPARE(orphan.element->parentNode(), &orphan);
+    }
+
+    void openingAnElementReadsItIntoItsForm_data()
+    {
+        QTest::addColumn<TaskDescription::TaskStatus>("status");
+        QTest::addColumn<bool>("delivered");
+        QTest::newRow("success") << TaskDescription::Success << true;
+        QTest::newRow("warning") << TaskDescription::Warning << true;
+        QTest::newRow("error") << TaskDescription::Error << false;
+    }
+
+    void openingAnElementReadsItIntoItsForm()
+    {
+        QFETCH(TaskDescription::TaskStatus, status);
+        QFETCH(bool, delivered);
+        NodeTreeModel model;
+        ServerModule server(2, status);
+        model.addModule(&server);
+        ConsoleWindow window(&model);
+        QSignalSpy settled(&window, &ConsoleWindow::currentElementSettled);
+        server.form->blockEditWidget(true);
+
+        QVERIFY(window.openType("Server"));
+        QVERIFY(settled.wait());
+        QCOMPARE(server.form->reads.size(), delivered ? 1 : 0);
+        QCOMPARE(server.element->elementData() != nullptr, delivered);
+        if (delivered)
+            QVERIFY(server.form->blockedDuringRead && server.form->reads.first());
+    }
+
+    void runsAndDeletesEveryTask_data()
+    {
+        QTest::addColumn<bool>("complete");
+        QTest::newRow("run() completes") << true;
+        QTest::newRow("run() stops short") << false;
+    }
+
+    void runsAndDeletesEveryTask()
+    {
+        QFETCH(bool, complete);
+        QStringList traces, expected;
+        const QObject context;
+        connect(TaskObserver::instance(nullptr), &TaskObserver::taskFinished, &context,
+                [&](const TaskDescription &task, bool completed) {
+                    traces[task.description().toInt()] += QString("finished %1").arg(completed);
+                });
+        for (int i = 0; i < 8; ++i) {
+            TaskObserver::instance(nullptr)->performTask(new ProbeTask(complete, &traces));
+            expected
+                << QString("finished %1, run off GUI 1, afterRun on GUI 1, deleted").arg(complete);
+        }
+        QTRY_COMPARE(traces, expected);
+    }
+
+    void capturesEveryWriterAndRestores_data()
+    {
+        QTest::addColumn<bool>("fromOtherThread");
+        QTest::newRow("this thread") << false;
+        QTest::newRow("other thread") << true;
+    }
+
+    void capturesEveryWriterAndRestores()
+    {
+        QFETCH(bool, fromOtherThread);
+        const QString before = descriptorState();
+        // Stands in for a child that inherited the captured stderr: the capture must end anyway.
+        int lingeringWriter = -1;
+        {
+            StreamInterceptor interceptor(stderr);
+            QVERIFY(interceptor.isCapturing());
+            // One capture at a time: a second one sees nothing and must not undo the first.
+            auto second = std::make_unique<StreamInterceptor>(stderr);
+            QVERIFY(!second->isCapturing());
+            QByteArray expected =
+                fromOtherThread ? std::async(std::launch::async, writeThroughEveryWriter).get()
+                                : writeThroughEveryWriter();
+            QCOMPARE(second->streamReadAll(), QByteArray());
+            second.reset();
+            QCOMPARE(interceptor.streamReadAll(), expected);
+            // Each read must hold what was written just before it.
+            for (char c = 'a'; c <= 'z'; ++c) {
+                std::fputc(c, stderr);
+                expected += c;
+                QCOMPARE(interceptor.streamReadAll(), expected);
+            }
+            lingeringWriter = dup(STDERR_FILENO);
+        }
+        close(lingeringWriter);
+        QCOMPARE(descriptorState(), before);
+    }
+
+    void emblemGoesToTheCorner_data()
+    {
+        QTest::addColumn<QString>("emblem");
+        QTest::addColumn<Qt::Corner>("corner");
+        QTest::addColumn<QPoint>("blue"); // (-1, -1): no blue anywhere
+        QTest::addColumn<QPoint>("red");
+        QTest::newRow("top left") << "badge" << Qt::TopLeftCorner << QPoint(4, 4) << QPoint(27, 27);
+        QTest::newRow("bottom right")
+            << "badge" << Qt::BottomRightCorner << QPoint(27, 27) << QPoint(4, 4);
+        QTest::newRow("emblem missing")
+            << "absent" << Qt::TopLeftCorner << QPoint(-1, -1) << QPoint(4, 4);
+    }
+
+    void emblemGoesToTheCorner()
+    {
+        QFETCH(QString, emblem);
+        QFETCH(Qt::Corner, corner);
+        QFETCH(QPoint, blue);
+        QFETCH(QPoint, red);
+        const QImage image =
+            VexIcon::fromTheme("base", {corner, emblem}, QIcon()).pixmap(32).toImage();
+        if (blue.x() >= 0)
+            QCOMPARE(QColor(image.pixel(blue)), QColor(Qt::blue));
+        QCOMPARE(QColor(image.pixel(red)), QColor(Qt::red));
+
+        // Without the icon itself the fallback comes back untouched.
+        QPixmap green(8, 8);
+        green.fill(Qt::green);
+        const QIcon fallback(green);
+        QCOMPARE(VexIcon::fromTheme("absent", {corner, emblem}, fallback).cacheKey(),
+                 fallback.cacheKey());
+    }
+};
 
 QTEST_MAIN(TestFramework)
 #include "tst_framework.moc"
