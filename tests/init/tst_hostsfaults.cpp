@@ -55,15 +55,10 @@ int drive(int argc, char *argv[])
     return 0;
 }
 
-struct Drive
-{
-    QString out;
-    QStringList log;
-};
-
-// The dialog's run in a child traced by strace with `injections` (inject= values); not -f, so
-// only the dialog's own thread is traced and counted, not the tools it starts.
-Drive runDrive(const QStringList &injections)
+// The dialog's run in a child traced by strace with `injections` (inject= values): what it
+// printed, and strace's log a line each. Not -f, so only the dialog's own thread is traced and
+// counted, not the tools it starts.
+std::pair<QString, QStringList> runDrive(const QStringList &injections)
 {
     QStringList arguments{"-o", strace, "-y", "-e", traced};
     for (const QString &injection : injections)
@@ -178,7 +173,7 @@ void TestHostsFaults::faults()
         QVERIFY2(prepare(setup), qPrintable(setup));
         QList<int> ordinals;
         int count = 0;
-        for (const QString &line : runDrive(resolved).log) {
+        for (const QString &line : runDrive(resolved).second) {
             count += subject.match(line).captured(1) == fault.at(0);
             if (aims(line, fault))
                 ordinals << count;
@@ -189,20 +184,17 @@ void TestHostsFaults::faults()
                         .arg(fault.at(2) == "first" ? ordinals.first() : ordinals.last());
     }
     QVERIFY2(prepare(setup), qPrintable(setup));
-    const Drive run = runDrive(resolved);
+    const auto [out, log] = runDrive(resolved);
     // A row whose injection missed its call fails here instead of passing untested.
-    QStringList hits;
-    for (const QString &line : run.log)
-        if (line.endsWith("(INJECTED)"))
-            hits << line;
+    const QStringList hits = log.filter(QRegularExpression("\\(INJECTED\\)$"));
     QCOMPARE(hits.size(), injections.size());
     for (const QString &injection : injections)
         QVERIFY2(std::any_of(hits.cbegin(), hits.cend(),
                              [&](const QString &line) { return aims(line, injection.split(':')); }),
                  qPrintable(injection + " missed: " + hits.join('\n')));
-    QVERIFY2(QRegularExpression(seen).match(run.log.join('\n')).hasMatch(), qPrintable(seen));
+    QVERIFY2(QRegularExpression(seen).match(log.join('\n')).hasMatch(), qPrintable(seen));
     QFETCH(QString, pane);
-    QCOMPARE(run.out, "finished created\n" + pane);
+    QCOMPARE(out, "finished created\n" + pane);
     QCOMPARE(readFile("/etc/hosts"), replaced ? m_new : m_old);
     for (const QString &folder : QStringList{"/etc", "/etc/small"})
         QCOMPARE(QDir(folder).entryList({".hosts.*"}, QDir::AllEntries | QDir::Hidden),
