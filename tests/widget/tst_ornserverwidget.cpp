@@ -74,8 +74,6 @@ private slots:
         const char *rows[][3] = {
             {"all empty", "||||||", "||Kerberos password is empty|ORN admin password is empty"},
             {"mismatch only", "k||a|a|||", "||Kerberos password do not match"},
-            {"empty and mismatch", "|k|a|a|||",
-             "||Kerberos password is empty|Kerberos password do not match"},
             {"a blank is not empty", " | | | |x| |on", " |x "},
             {"case matters", "k|k|A|a|||", "||ORN admin password do not match"},
             {"names empty", "k|k|a|a|||on", "||Hostname is empty|Domain name is empty"},
