@@ -24,11 +24,8 @@ bool destroyedWhileRunning = false;
 
 QSet<QString> processes()
 {
-    QSet<QString> pids;
-    for (const QString &entry : QDir("/proc").entryList(QDir::Dirs))
-        if (entry.toInt() > 0)
-            pids << entry;
-    return pids;
+    const QStringList pids = QDir("/proc").entryList({"[1-9]*"}, QDir::Dirs);
+    return QSet<QString>(pids.cbegin(), pids.cend());
 }
 
 } // namespace
