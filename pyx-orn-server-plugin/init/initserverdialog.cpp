@@ -24,8 +24,8 @@ constexpr QLatin1String passwordFilePath = latin1Literal("/etc/orn/tempFile");
 // What a half-done provisioning must not meet.
 constexpr QLatin1String inhibited = latin1Literal("shutdown:sleep:idle:handle-lid-switch");
 // A flood of output reaches the pane in appends of at most sliceLines lines and sliceChars
-// characters, and the event loop gets a turn after about sliceBudgetMs of appending, so that the
-// window keeps answering. Every append lays out the pane's last screenful of lines again, however
+// characters, and the event loop gets a turn once a slice of appends has taken about
+// sliceBudgetMs, so that the window keeps answering. Every append lays out the pane's last screenful of lines again, however
 // little it adds, so a few large appends cost far less than many small ones; the limits keep one
 // append to a few milliseconds.
 constexpr int sliceLines = 1000;
@@ -300,17 +300,25 @@ void InitServerDialog::showPendingOutput()
 {
     QElapsedTimer clock;
     clock.start();
+    // An append takes about as long as the one before it: the turn comes before one that would
+    // run past the budget rather than after it. The first append of a slice always goes ahead.
+    qint64 appendNs = 0;
     while (!_pendingOutput.isEmpty()) {
-        if (clock.elapsed() >= sliceBudgetMs) {
+        if (appendNs > 0 && clock.nsecsElapsed() + appendNs > sliceBudgetMs * 1000000LL) {
             _outputTimer.start();
-            // The event loop's next turn paints the pane only when a frame is due.
-            const bool paint = !_lastFrame.isValid() || _lastFrame.hasExpired(frameMs);
+            // The event loop's next turn paints the pane only when a frame is due, and not after
+            // a slice that ran long (the text document now and then copies its tables whole):
+            // then it waits a turn.
+            const bool paint = (!_lastFrame.isValid() || _lastFrame.hasExpired(frameMs)) &&
+                               !clock.hasExpired(2 * sliceBudgetMs);
             if (paint)
                 _lastFrame.start();
             _ui->_plainTextEdit->setUpdatesEnabled(paint);
             return;
         }
+        const qint64 before = clock.nsecsElapsed();
         _ui->_plainTextEdit->appendPlainText(takePendingSlice());
+        appendNs = clock.nsecsElapsed() - before;
     }
     _ui->_plainTextEdit->setUpdatesEnabled(true);
     _lastFrame.invalidate();
