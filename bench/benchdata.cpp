@@ -205,7 +205,9 @@ int main(int argc, char *argv[])
     if (kind == "show" && argc == 4)
         return show(argv[2], argv[3]);
     if (argc != 4) {
-        std::fprintf(stderr, "usage: bench-data hosts|status|log|short COUNT OUT | feed FILE | show FILE MARK\n");
+        std::fprintf(
+            stderr,
+            "usage: bench-data hosts|status|log|short COUNT OUT | feed FILE | show FILE MARK\n");
         return 2;
     }
     const long count = std::atol(argv[2]);

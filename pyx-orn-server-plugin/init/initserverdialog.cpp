@@ -25,9 +25,9 @@ constexpr QLatin1String passwordFilePath = latin1Literal("/etc/orn/tempFile");
 constexpr QLatin1String inhibited = latin1Literal("shutdown:sleep:idle:handle-lid-switch");
 // A flood of output reaches the pane in appends of at most sliceLines lines and sliceChars
 // characters, and the event loop gets a turn once a slice of appends has taken about
-// sliceBudgetMs, so that the window keeps answering. Every append lays out the pane's last screenful of lines again, however
-// little it adds, so a few large appends cost far less than many small ones; the limits keep one
-// append to a few milliseconds.
+// sliceBudgetMs, so that the window keeps answering. Every append lays out the pane's last
+// screenful of lines again, however little it adds, so a few large appends cost far less than many
+// small ones; the limits keep one append to a few milliseconds.
 constexpr int sliceLines = 1000;
 constexpr int sliceChars = 65536;
 constexpr int sliceBudgetMs = 8;
