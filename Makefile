@@ -77,7 +77,7 @@ fuzz: deps
 # Times the plug-in against the tools an administrator would use instead; prints the table that
 # docs/performance.md shows.
 .PHONY: bench
-bench: PACKAGES += hyperfine
+bench: PACKAGES += hyperfine xvfb xterm xfonts-base
 bench: deps
 	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo
 	cmake --build $(BUILD_DIR) -j$(JOBS) --target bench-drivers

@@ -9,6 +9,10 @@
 //   bench-data short LINES OUT     short lines
 //   bench-data feed FILE           FILE to standard output in writes of at most 4096 bytes, each
 //                                  ending at a line end, so a reader never gets a line in halves
+//   bench-data show FILE MARK      FILE fed the same way into the terminal on standard input and
+//                                  output; then asks the terminal for its attributes and, once it
+//                                  has answered (it answers in order, so it has taken in all of
+//                                  FILE), creates MARK. Exits 1 without MARK if no answer comes
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -18,8 +22,10 @@
 #include <string>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace {
@@ -158,6 +164,37 @@ int feed(const char *path)
     return 0;
 }
 
+int show(const char *path, const char *mark)
+{
+    termios saved;
+    if (!::isatty(0) || ::tcgetattr(0, &saved) != 0)
+        return 1;
+    // The answer comes without a line end and must not be echoed onto the screen.
+    termios raw = saved;
+    raw.c_lflag &= ~tcflag_t(ICANON | ECHO);
+    raw.c_cc[VMIN] = 1;
+    raw.c_cc[VTIME] = 0;
+    if (::tcsetattr(0, TCSANOW, &raw) != 0)
+        return 1;
+    bool answered = false;
+    if (feed(path) == 0 && ::write(1, "\x1b[c", 3) == 3) {
+        // "ESC [ ? ... c"; a terminal that is still busy with FILE answers late, not never.
+        pollfd input = {0, POLLIN, 0};
+        char c = 0;
+        while (::poll(&input, 1, 60000) == 1 && ::read(0, &c, 1) == 1) {
+            if (c == 'c') {
+                answered = true;
+                break;
+            }
+        }
+    }
+    ::tcsetattr(0, TCSANOW, &saved);
+    if (!answered)
+        return 1;
+    const int fd = ::open(mark, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    return fd >= 0 && ::close(fd) == 0 ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -165,8 +202,12 @@ int main(int argc, char *argv[])
     const std::string kind = argc > 1 ? argv[1] : "";
     if (kind == "feed" && argc == 3)
         return feed(argv[2]);
+    if (kind == "show" && argc == 4)
+        return show(argv[2], argv[3]);
     if (argc != 4) {
-        std::fprintf(stderr, "usage: bench-data hosts|status|log|short COUNT OUT | feed FILE\n");
+        std::fprintf(
+            stderr,
+            "usage: bench-data hosts|status|log|short COUNT OUT | feed FILE | show FILE MARK\n");
         return 2;
     }
     const long count = std::atol(argv[2]);

@@ -24,31 +24,43 @@ constexpr QLatin1String hostsPath = latin1Literal("/etc/hosts");
 constexpr QLatin1String passwordFilePath = latin1Literal("/etc/orn/tempFile");
 // What a half-done provisioning must not meet.
 constexpr QLatin1String inhibited = latin1Literal("shutdown:sleep:idle:handle-lid-switch");
-// A flood of output reaches the pane in slices of about this many characters, and the event loop
-// gets a turn after about this long of appending, so that the window keeps painting and answering.
-constexpr int sliceChars = 8192;
+// A flood of output reaches the pane in appends of at most sliceLines lines and sliceChars
+// characters, and the event loop gets a turn once a slice of appends has taken about
+// sliceBudgetMs, so that the window keeps answering. Every append lays out the pane's last
+// screenful of lines again, however little it adds, so a few large appends cost far less than many
+// small ones; the limits keep one append to a few milliseconds.
+constexpr int sliceLines = 1000;
+constexpr int sliceChars = 65536;
 constexpr int sliceBudgetMs = 8;
+// While output waits, the pane is repainted at most this often: each paint lays out, draws and
+// sends to the display a screenful that the next append makes stale at once.
+constexpr int frameMs = 40;
 
-// Where the slice of `text` from `from` on ends: at a line feed about sliceChars on, after at least
-// one character and not ending a CR LF (the pane takes the pair as one line end, and would take a
-// CR left at a slice's end as one more). -1 when the rest is short or has no such line feed.
-// Appending the pieces of a text cut at such a line feed gives the text of appending it whole.
-int sliceEnd(const QString &text, int from)
+// Where the next piece of `text`, from `from` on, ends: at the text's end when the rest has at most
+// `lines` lines and `chars` characters; else at the last line feed within those limits at which the
+// text may be cut: after at least one character, and not ending a CR LF (the pane takes the pair as
+// one line end, and would take a CR left at a piece's end as one more). Failing that, when
+// `forced`, at the first such line feed beyond them or at the text's end; else -1.
+// Appending the pieces of a text cut at such line feeds gives the text of appending it whole.
+int pieceEnd(const QString &text, int from, int lines, int chars, bool forced)
 {
-    if (text.size() - from <= sliceChars)
-        return -1;
     const QLatin1Char lineFeed('\n'), carriageReturn('\r');
-    for (int at = text.lastIndexOf(lineFeed, from + sliceChars); at > from;
-         at = text.lastIndexOf(lineFeed, at - 1)) {
-        if (text.at(at - 1) != carriageReturn)
-            return at;
+    int cut = -1;
+    int line = 1;
+    for (int at = text.indexOf(lineFeed, from); at >= 0;
+         at = text.indexOf(lineFeed, at + 1), ++line) {
+        const bool within = line <= lines && at - from <= chars;
+        if (!within && (cut >= 0 || !forced))
+            return cut;
+        if (at > from && text.at(at - 1) != carriageReturn) {
+            cut = at;
+            if (!within)
+                return cut;
+        }
     }
-    for (int at = text.indexOf(lineFeed, from + sliceChars + 1); at > 0;
-         at = text.indexOf(lineFeed, at + 1)) {
-        if (text.at(at - 1) != carriageReturn)
-            return at;
-    }
-    return -1;
+    if (line <= lines && text.size() - from <= chars)
+        return text.size();
+    return cut >= 0 || !forced ? cut : text.size();
 }
 } // namespace
 
@@ -292,24 +304,60 @@ void InitServerDialog::showPendingOutput()
 {
     QElapsedTimer clock;
     clock.start();
+    // An append takes about as long as the one before it: the turn comes before one that would
+    // run past the budget rather than after it. The first append of a slice always goes ahead.
+    qint64 appendNs = 0;
     while (!_pendingOutput.isEmpty()) {
-        if (clock.elapsed() >= sliceBudgetMs) {
+        if (appendNs > 0 && clock.nsecsElapsed() + appendNs > sliceBudgetMs * 1000000LL) {
             _outputTimer.start();
+            // The event loop's next turn paints the pane only when a frame is due, and not after
+            // a slice that ran long (the text document now and then copies its tables whole):
+            // then it waits a turn.
+            const bool paint = (!_lastFrame.isValid() || _lastFrame.hasExpired(frameMs)) &&
+                               !clock.hasExpired(2 * sliceBudgetMs);
+            if (paint)
+                _lastFrame.start();
+            _ui->_plainTextEdit->setUpdatesEnabled(paint);
             return;
         }
-        const QString &text = _pendingOutput.constFirst();
-        const int cut = sliceEnd(text, _pendingFrom);
-        if (cut < 0) {
-            _ui->_plainTextEdit->appendPlainText(text.mid(_pendingFrom));
-            _pendingOutput.removeFirst();
-            _pendingFrom = 0;
-        } else {
-            _ui->_plainTextEdit->appendPlainText(text.mid(_pendingFrom, cut - _pendingFrom));
-            _pendingFrom = cut + 1;
-        }
+        const qint64 before = clock.nsecsElapsed();
+        _ui->_plainTextEdit->appendPlainText(takePendingSlice());
+        appendNs = clock.nsecsElapsed() - before;
     }
+    _ui->_plainTextEdit->setUpdatesEnabled(true);
+    _lastFrame.invalidate();
     if (std::exchange(_finishAfterOutput, false))
         initFinished();
+}
+
+QString InitServerDialog::takePendingSlice()
+{
+    // Many paragraphs go in one append: a paragraph separator starts a line as a further append
+    // would, and unlike a line feed it never pairs with a CR before it. An empty pane takes an
+    // empty paragraph as no line at all, so nothing separates it from what follows.
+    const QChar separator(QChar::ParagraphSeparator);
+    const bool paneEmpty = _ui->_plainTextEdit->document()->isEmpty();
+    QString slice;
+    int lines = sliceLines, chars = sliceChars;
+    for (bool first = true; !_pendingOutput.isEmpty() && lines > 0 && chars > 0; first = false) {
+        const QString &text = _pendingOutput.constFirst();
+        const int end = pieceEnd(text, _pendingFrom, lines, chars, first);
+        if (end < 0)
+            break;
+        if (!first && !(paneEmpty && slice.isEmpty()))
+            slice += separator;
+        const QStringRef piece = text.midRef(_pendingFrom, end - _pendingFrom);
+        slice += piece;
+        lines -= piece.count(QLatin1Char('\n')) + 1;
+        chars -= piece.size() + 1;
+        if (end < text.size()) {
+            _pendingFrom = end + 1;
+            break;
+        }
+        _pendingOutput.removeFirst();
+        _pendingFrom = 0;
+    }
+    return slice;
 }
 
 void InitServerDialog::removePasswordFile()

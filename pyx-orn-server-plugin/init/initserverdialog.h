@@ -5,6 +5,7 @@
 #include "runjournal.h"
 
 #include <QDialog>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QMap>
 #include <QStringList>
@@ -72,6 +73,8 @@ private:
     // Appends `text` to the pane as one paragraph, after the output still waiting to be shown.
     void appendToPane(const QString &text);
     void showPendingOutput();
+    // The next append's text: the oldest waiting output, as much as one append may take.
+    QString takePendingSlice();
 
     Ui::InitServerDialog *_ui;
     GroupLeaderProcess _process;
@@ -81,6 +84,8 @@ private:
     QStringList _pendingOutput;
     int _pendingFrom = 0;
     QTimer _outputTimer;
+    // When the pane last got to paint while output was waiting.
+    QElapsedTimer _lastFrame;
     // The tool has ended; the run ends once the pane shows everything it said.
     bool _finishAfterOutput = false;
     RunJournal _journal;

@@ -50,6 +50,7 @@ private slots:
             whole.appendPlainText(paragraph);
         }
         QTRY_COMPARE(pane->toPlainText(), whole.toPlainText());
+        QCOMPARE(pane->document()->blockCount(), whole.document()->blockCount());
     }
 };
 
@@ -117,7 +118,11 @@ void TestInitLogic::paneSlices_data()
     QTest::newRow("LF and CR LF lines") << QString("line\r\nline\n").repeated(3000);
     QTest::newRow("blank lines") << QString("a\n\n\n").repeated(5000);
     QTest::newRow("CR LF where a slice would end")
-        << QString(8191, 'x') + "\r\n" + QString("y\r\ny\n").repeated(3000);
+        << QString(65535, 'x') + "\r\n" + QString("y\r\ny\n").repeated(30000);
+    QTest::newRow("CR LF where a slice's lines end")
+        << QString("a\n").repeated(999) + "b\r\n" + QString("c\n").repeated(3000);
+    QTest::newRow("CR at the end, before the next paragraph")
+        << QString("y\n").repeated(3000) + "\r";
     QTest::newRow("one long line") << QString(40000, 'x');
 }
 
