@@ -322,6 +322,10 @@ void InitServerDialog::showPendingOutput()
         }
         const qint64 before = clock.nsecsElapsed();
         _ui->_plainTextEdit->appendPlainText(takePendingSlice());
+        // Undo stays enabled, as the pane is defined, but no one can undo in a read-only pane.
+        // Kept, its history (two entries a line) would be copied whole each time it doubles, in
+        // one append of tens of milliseconds at a few hundred thousand lines.
+        _ui->_plainTextEdit->document()->clearUndoRedoStacks();
         appendNs = clock.nsecsElapsed() - before;
     }
     _ui->_plainTextEdit->setUpdatesEnabled(true);
