@@ -51,8 +51,7 @@ QMessageBox::StandardButton askYesNo(QWidget *parent, QMessageBox::Icon icon, co
 {
     QMessageBox box(icon, title, text, QMessageBox::Yes | QMessageBox::No, parent);
     box.button(QMessageBox::No)->setFocus();
-    if (box.exec() == -1)
-        return QMessageBox::Cancel;
+    box.exec();
     return box.standardButton(box.clickedButton());
 }
 
