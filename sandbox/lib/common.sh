@@ -1,8 +1,12 @@
-# Sourced by every simulated tool. The tools live in a run's work folder next to its `config`;
-# /usr/bin/vex-wmfunc is a link to one of them, so the link is followed to find it.
+# Sourced by every simulated tool. The tools live in a run's work folder next to its `config`,
+# the options' settings; /usr/bin links to them, so the link is followed to find it. A command
+# inside changes the settings in /run/sandbox/settings: the programs that start the tools seldom
+# pass an environment on.
 SANDBOX_WORK=$(dirname "$(dirname "$(readlink -f "$0")")")
 # shellcheck source=/dev/null
 . "$SANDBOX_WORK/config"
+# shellcheck source=/dev/null
+[ -r /run/sandbox/settings ] && . /run/sandbox/settings
 
 # Appends one line per call to the run's log: the tool, each argument in brackets, then each
 # named variable in braces ({NAME=value}, or {NAME} when it is unset). Line feeds inside
@@ -29,8 +33,7 @@ sandbox_log() {
     fi
 }
 
-# The tool's failure mode: SANDBOX_MODE_<TOOL> (upper case, _ for -) from the caller's
-# environment, else what the run was started with, else ok.
+# The tool's failure mode: SANDBOX_MODE_<TOOL> (upper case, _ for -) of the settings, else ok.
 sandbox_mode() {
     local name
     name=SANDBOX_MODE_$(printf '%s' "$1" | tr 'a-z-' 'A-Z_')
