@@ -1,6 +1,7 @@
 // Times the plug-in's package query against one bare call of the same dpkg-query command, taking
-// turns so that both meet the same machine: bench-packages PACKAGE RUNS. Both find dpkg-query on
-// PATH. Prints the medians in microseconds, and whether both saw the package installed.
+// turns so that both meet the same machine: bench-packages PACKAGE RUNS. Both run the dpkg-query
+// of /usr/bin, the plug-in by its fixed search path and the bare call through PATH. Prints the
+// medians in microseconds, and whether both saw the package installed.
 #include "benchtools.h"
 #include "packagestatus.h"
 

@@ -4,8 +4,9 @@
 // that plays FIXTURE with `DATA-TOOL feed`; the pipe is the same command into `cat > /dev/null`,
 // and the terminal runs `DATA-TOOL show`, which writes the same way and ends once the terminal has
 // taken in everything. EXPECTED is the text the pane must show. The platform is Qt's choice
-// (QT_QPA_PLATFORM); the terminal uses the same DISPLAY. It writes /etc/orn/tempFile, so it
-// belongs inside sandbox/run. Prints medians in milliseconds (the terminal's whole run, and its
+// (QT_QPA_PLATFORM); the terminal uses the same DISPLAY. It writes /etc/orn/tempFile and puts the
+// stand-in at /usr/bin/orn-init, where the dialog looks for the tool, so it belongs inside
+// sandbox/run. Prints medians in milliseconds (the terminal's whole run, and its
 // run on an empty file as its start-up), the longest gap between 5 ms heartbeats of the GUI
 // thread, the memory the pane took per line, whether the text matched and whether undo stayed
 // enabled.
@@ -43,10 +44,29 @@ struct PaneRun
     QString text;
 };
 
-PaneRun runDialog(const QString &fixture)
+// The stand-in orn-init that plays `fixture`. The dialog gives the tool no environment of ours,
+// so the paths are written into it.
+bool installTool(const QString &dataTool, const QString &fixture)
 {
-    qputenv("BENCH_PANE_FIXTURE", QFile::encodeName(fixture));
+    const auto quoted = [](const QString &path) -> QByteArray {
+        const QByteArray name = QFile::encodeName(path);
+        return "'" + QByteArray(name).replace('\'', "'\\''") + "'";
+    };
+    QFile tool(QStringLiteral("/usr/bin/orn-init"));
+    const QByteArray script =
+        "#!/bin/sh\nexec " + quoted(dataTool) + " feed " + quoted(fixture) + "\n";
+    tool.remove();
+    return tool.open(QIODevice::WriteOnly) && tool.write(script) == script.size() &&
+           tool.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+PaneRun runDialog(const QString &dataTool, const QString &fixture)
+{
     PaneRun run;
+    if (!installTool(dataTool, fixture)) {
+        std::fprintf(stderr, "bench-pane: cannot set up the stand-in tool\n");
+        return run;
+    }
     const long before = residentBytes();
     // Passwords of a real length: the journal's copy of every paragraph masks them, and a
     // one-letter password would be masked wherever that letter occurs in the output.
@@ -96,27 +116,20 @@ int main(int argc, char *argv[])
     const QString fixture = QString::fromLocal8Bit(argv[2]);
     QFile expectedFile(QString::fromLocal8Bit(argv[3]));
     QTemporaryDir fakes;
-    QFile tool(fakes.filePath(QStringLiteral("orn-init")));
-    if (!expectedFile.open(QIODevice::ReadOnly) || !fakes.isValid() ||
-        !tool.open(QIODevice::WriteOnly) ||
-        tool.write("#!/bin/sh\nexec \"$BENCH_DATA_TOOL\" feed \"$BENCH_PANE_FIXTURE\"\n") < 0 ||
-        !tool.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner)) {
-        std::fprintf(stderr, "bench-pane: cannot set up the stand-in tool\n");
+    if (!expectedFile.open(QIODevice::ReadOnly) || !fakes.isValid()) {
+        std::fprintf(stderr, "bench-pane: cannot read %s\n", argv[3]);
         return 1;
     }
-    tool.close();
     // The pane shows every line, and the final line feed starts no further line.
     QString expected = QString::fromLocal8Bit(expectedFile.readAll());
     expected.chop(expected.endsWith(QLatin1Char('\n')) ? 1 : 0);
     const int lines = expected.count(QLatin1Char('\n')) + 1;
-    qputenv("BENCH_DATA_TOOL", argv[1]);
-    qputenv("PATH", QFile::encodeName(fakes.path()) + ':' + qgetenv("PATH"));
 
     // Fonts, styles and the first window cost once, in any console.
     QFile small(fakes.filePath(QStringLiteral("small")));
     if (small.open(QIODevice::WriteOnly) && small.write("warm\n") == 5)
         small.close();
-    runDialog(small.fileName());
+    runDialog(dataTool, small.fileName());
 
     QElapsedTimer clock;
     // The terminal's whole run, from its start until it has ended; false when it ended without
@@ -150,7 +163,7 @@ int main(int argc, char *argv[])
                 return 1;
             }
         }
-        PaneRun pane = runDialog(fixture);
+        PaneRun pane = runDialog(dataTool, fixture);
         dialogMs.push_back(pane.ms);
         same = same && pane.text == expected;
         if (run == 0)

@@ -23,7 +23,10 @@ QString InhibitorLock::take(const QString &what, const QString &who, const QStri
     const QString name = QStringLiteral("pyx-orn-server-plugin-inhibitor");
     QString error;
     {
-        QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SystemBus, name);
+        // The system bus at its fixed place: DBUS_SYSTEM_BUS_ADDRESS, kept through sudo, would
+        // let a user's own bus answer for logind.
+        QDBusConnection bus = QDBusConnection::connectToBus(
+            QStringLiteral("unix:path=/run/dbus/system_bus_socket"), name);
         if (!bus.isConnected()) {
             error = QStringLiteral("no system bus: %1").arg(bus.lastError().message());
         } else if (!(bus.connectionCapabilities() & QDBusConnection::UnixFileDescriptorPassing)) {
@@ -37,8 +40,8 @@ QString InhibitorLock::take(const QString &what, const QString &who, const QStri
             const QVariant answer = reply.arguments().value(0);
             if (reply.type() == QDBusMessage::ErrorMessage) {
                 error = QStringLiteral("%1: %2").arg(reply.errorName(), reply.errorMessage());
-            } else if (!answer.canConvert<QDBusUnixFileDescriptor>()
-                       || !answer.value<QDBusUnixFileDescriptor>().isValid()) {
+            } else if (!answer.canConvert<QDBusUnixFileDescriptor>() ||
+                       !answer.value<QDBusUnixFileDescriptor>().isValid()) {
                 error = QStringLiteral("logind answered without a descriptor");
             } else {
                 // Qt closes its own copies with the reply.

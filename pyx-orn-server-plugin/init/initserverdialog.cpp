@@ -6,6 +6,7 @@
 #include "initrequest.h"
 #include "latin1literal.h"
 #include "secretfile.h"
+#include "systemprogram.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -22,6 +23,7 @@ namespace {
 constexpr int commandTimeoutMs = 30000;
 constexpr QLatin1String hostsPath = latin1Literal("/etc/hosts");
 constexpr QLatin1String passwordFilePath = latin1Literal("/etc/orn/tempFile");
+constexpr QLatin1String toolName = latin1Literal("orn-init");
 // What a half-done provisioning must not meet.
 constexpr QLatin1String inhibited = latin1Literal("shutdown:sleep:idle:handle-lid-switch");
 // A flood of output reaches the pane in appends of at most sliceLines lines and sliceChars
@@ -74,7 +76,7 @@ InitServerDialog::InitServerDialog(const QMap<QString, QVariant> &request, QWidg
 {
     _ui->setupUi(this);
     setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::CustomizeWindowHint);
-    _process.setProgram(QStringLiteral("orn-init"));
+    _process.setProgram(toolName);
     // A dialog's push buttons take Return by default, which would make one stray Return kill the
     // tool halfway through rebuilding the directory. Abort is pressed by a click or Space only.
     _ui->_buttonBox->button(QDialogButtonBox::Abort)->setAutoDefault(false);
@@ -103,7 +105,9 @@ QString InitServerDialog::runCommand(const QString &program, const QStringList &
     const QString failure = QStringLiteral("%1: %2 %3");
     const QString joined = arguments.join(QLatin1Char(' '));
     QProcess process;
-    process.start(program, arguments, QIODevice::ReadWrite);
+    if (!SystemProgram::prepare(process, program, arguments))
+        return failure.arg(tr("Process start error"), program, joined);
+    process.start(QIODevice::ReadWrite);
     process.closeWriteChannel();
     if (!process.waitForStarted(commandTimeoutMs)) {
         if (process.state() != QProcess::NotRunning) {
@@ -242,8 +246,16 @@ bool InitServerDialog::writePasswordFile()
 
 void InitServerDialog::startInitTool()
 {
-    _process.setArguments({QStringLiteral("init"), QStringLiteral("--force"),
-                           QStringLiteral("--pass-file=%1").arg(passwordFilePath)});
+    const QStringList arguments{QStringLiteral("init"), QStringLiteral("--force"),
+                                QStringLiteral("--pass-file=%1").arg(passwordFilePath)};
+    _process.setArguments(arguments);
+    // The locale only: KRB5CCNAME, DBUS_SYSTEM_BUS_ADDRESS and the like of whoever started the
+    // console must not steer the tool.
+    if (!SystemProgram::prepare(_process, toolName, arguments)) {
+        stepFailed("tool", startError());
+        withholdTool(QStringLiteral("%1 is not in %2").arg(toolName, SystemProgram::searchPath()));
+        return;
+    }
     connect(&_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             &InitServerDialog::initFinished);
     connect(&_process, &QProcess::channelReadyRead, this, &InitServerDialog::readProcessOutput);
@@ -265,10 +277,19 @@ void InitServerDialog::toolFailedToStart(QProcess::ProcessError error)
     // The one failure that no finished notification follows.
     if (error != QProcess::FailedToStart)
         return;
-    const QString line = QStringLiteral("%1: %2 %3")
-                             .arg(tr("Process start error"), _process.program(),
-                                  _process.arguments().join(QLatin1Char(' ')));
-    stepFailed("tool", line);
+    stepFailed("tool", startError());
+    initFinished();
+}
+
+QString InitServerDialog::startError() const
+{
+    return QStringLiteral("%1: %2 %3")
+        .arg(tr("Process start error"), toolName, _process.arguments().join(QLatin1Char(' ')));
+}
+
+void InitServerDialog::withholdTool(const QString &why)
+{
+    _withheldBecause = why;
     initFinished();
 }
 
@@ -386,19 +407,24 @@ void InitServerDialog::endRun()
     if (std::exchange(_runEnded, true))
         return;
     RunJournal::Outcome outcome = RunJournal::Outcome::Exited;
-    if (_process.error() == QProcess::FailedToStart)
+    QString startError = _process.errorString();
+    if (!_withheldBecause.isEmpty()) {
         outcome = RunJournal::Outcome::NotStarted;
-    else if (_stopped)
+        startError = _withheldBecause;
+    } else if (_process.error() == QProcess::FailedToStart) {
+        outcome = RunJournal::Outcome::NotStarted;
+    } else if (_stopped) {
         outcome = RunJournal::Outcome::Aborted;
-    else if (_process.exitStatus() == QProcess::CrashExit)
+    } else if (_process.exitStatus() == QProcess::CrashExit) {
         outcome = RunJournal::Outcome::Crashed;
-    _journal.ended(outcome, _process.exitCode(), toolSucceeded(), _process.errorString());
+    }
+    _journal.ended(outcome, _process.exitCode(), toolSucceeded(), startError);
 }
 
 // A tool that never ran, or was killed, has no exit code to believe.
 bool InitServerDialog::toolSucceeded() const
 {
-    return _process.error() != QProcess::FailedToStart &&
+    return _withheldBecause.isEmpty() && _process.error() != QProcess::FailedToStart &&
            _process.exitStatus() == QProcess::NormalExit && _process.exitCode() == 0;
 }
 

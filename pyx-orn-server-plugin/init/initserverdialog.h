@@ -63,6 +63,9 @@ private:
     bool writePasswordFile();
     void startInitTool();
     void toolFailedToStart(QProcess::ProcessError error);
+    QString startError() const;
+    // The run ends, as a failed one, without the tool: its start would not be sound.
+    void withholdTool(const QString &why);
     // A step's failure: one line in the pane and in the journal. Returns false.
     bool stepFailed(const char *step, const QString &line);
     void removePasswordFile();
@@ -80,6 +83,8 @@ private:
     GroupLeaderProcess _process;
     QFile _tempFile;
     QMap<QString, QVariant> _request;
+    // Why the tool was not started; empty once it has been asked to start.
+    QString _withheldBecause;
     // Paragraphs on their way into the pane, oldest first; the first from _pendingFrom on.
     QStringList _pendingOutput;
     int _pendingFrom = 0;

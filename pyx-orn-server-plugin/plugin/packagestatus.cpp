@@ -1,5 +1,7 @@
 #include "packagestatus.h"
 
+#include "systemprogram.h"
+
 #include <QProcess>
 #include <QRegExp>
 
@@ -31,8 +33,11 @@ PackageStatus queryPackageStatus(const QString &package, QString *program, QStri
     if (arguments)
         *arguments = args;
 
+    // DPKG_ADMINDIR and its kin would point the query at another database.
     QProcess process;
-    process.start(command, args, QIODevice::ReadOnly);
+    if (!SystemProgram::prepare(process, command, args))
+        return PackageStatus::Failed;
+    process.start(QIODevice::ReadOnly);
     if (!process.waitForFinished(queryTimeoutMs)) {
         if (process.state() != QProcess::NotRunning) {
             process.kill();

@@ -7,6 +7,7 @@
 #include "initrequest.h"
 #include "initserverdialog.h"
 #include "serverproperties.h"
+#include "systemprogram.h"
 
 #include <QMessageBox>
 #include <QProcess>
@@ -19,14 +20,15 @@ namespace {
 const QRegularExpression hostDomainPattern(QStringLiteral("^(?P<hostname>.*?)(?P<domain>\\..*)$"));
 
 // A tool runs on its own and outlives the console; one that cannot start leaves the form as it
-// was. The one-string form splits the line at blanks and keeps a quoted part whole, which is how
-// the command lines are written.
+// was. The line is split at blanks, a quoted part kept whole, which is how the command lines are
+// written.
 void startTool(const QString &commandLine)
 {
-    QT_WARNING_PUSH
-    QT_WARNING_DISABLE_DEPRECATED
-    QProcess::startDetached(commandLine);
-    QT_WARNING_POP
+    QStringList words = QProcess::splitCommand(commandLine);
+    const QString name = words.takeFirst();
+    QProcess process;
+    if (SystemProgram::prepare(process, name, words, SystemProgram::desktopEnvironment()))
+        process.startDetached();
 }
 
 // An unchecked group box keeps its fields disabled and, once checked, enables all but those
@@ -214,7 +216,7 @@ void OrnServerWidget::createServer()
 // sudo; it finds that user's session through the runtime folder.
 void OrnServerWidget::reboot()
 {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    QProcessEnvironment environment = SystemProgram::desktopEnvironment();
     const QString user = QString::fromLatin1(qgetenv("SUDO_UID"));
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), QStringLiteral("/run/user/%1").arg(user));
     QProcess process;

@@ -87,7 +87,7 @@ private slots:
         m_old = readFile("/etc/hosts");
         m_old += "# " + QByteArray(4077 - m_old.size(), '-') + '\n';
         m_new = m_old + "10.0.0.5 srv.new.lan srv\n";
-        qputenv("PATH", PYX_TEST_FAKES_DIR ":" + qgetenv("PATH"));
+        QVERIFY(linkFake("orn-init"));
     }
     void faults_data();
     void faults();

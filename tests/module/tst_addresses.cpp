@@ -5,12 +5,14 @@
 #include "pyxorncore.h"
 #include "sandboxprocess.h"
 
+#include <QApplication>
 #include <QtTest>
 
 #include <sched.h>
 
 // The reading of addresses, on interfaces made for the purpose in a private network namespace of
-// this test's main thread. The task runs on that thread, since worker threads stay outside.
+// this test's main thread. The task runs on that thread, since worker threads stay outside. The
+// program starts itself again inside sandbox/run, whose dpkg-query the task asks as well.
 class TestAddresses : public QObject
 {
     Q_OBJECT
@@ -31,8 +33,6 @@ private slots:
     {
         if (unshare(CLONE_NEWNET) != 0)
             QSKIP("no private network namespace here (needs root)");
-        qputenv("PATH", PYX_TEST_FAKES_DIR ":" + qgetenv("PATH"));
-        qputenv("FAKE_DPKG_TABLE", "/dev/null");
         PyxOrnCore::instance()->setOrnCore(std::make_unique<HostOrnCore>(m_dir.path()));
         OrnServiceModule module(nullptr);
         const auto read = [&module] {
@@ -58,5 +58,12 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestAddresses)
+int main(int argc, char *argv[])
+{
+    if (const int inner = runInsideSandbox(argc, argv, {}); inner >= 0)
+        return inner;
+    QApplication app(argc, argv);
+    TestAddresses test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_addresses.moc"

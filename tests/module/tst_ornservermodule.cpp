@@ -8,6 +8,7 @@
 #include "sandboxprocess.h"
 #include "taskobserver.h"
 
+#include <QApplication>
 #include <QtTest>
 
 #include <cstdio>
@@ -30,25 +31,24 @@ public:
     static inline std::string complaint;
 };
 
-// dpkg-query is tests/fakes/dpkg-query, first on PATH; it logs each call.
+// dpkg-query is the sandbox's simulated one, which records each call: the program starts itself
+// again inside sandbox/run.
 class TestOrnServerModule : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_dir;
-    const QByteArray m_path = PYX_TEST_FAKES_DIR ":" + qgetenv("PATH");
     std::unique_ptr<OrnServiceModule> m_module;
     OrnServerElement *m_element = nullptr;
 
-    int dpkgCalls() const { return readFile(m_dir.filePath("log")).count('\n'); }
+    int dpkgCalls() const
+    {
+        return toolCalls(readFile(qEnvironmentVariable("SANDBOX_LOG"))).count("dpkg-query [");
+    }
 
 private slots:
     void init()
     {
-        qputenv("PATH", m_path);
-        qputenv("FAKE_DPKG_OUTPUT", "orn-server-common\t1\tinstall ok installed");
-        qputenv("FAKE_DPKG_LOG", m_dir.filePath("log").toLocal8Bit());
-        QFile::remove(m_dir.filePath("log"));
+        QVERIFY(restoreSandboxTools() && sh(": >$SANDBOX_LOG"));
         FakeCore::complaint.clear();
         PyxOrnCore::instance()->setOrnCore(std::make_unique<FakeCore>());
         m_module = std::make_unique<OrnServiceModule>(nullptr);
@@ -61,17 +61,19 @@ private slots:
         QTest::addColumn<QString>("message");
         QTest::addColumn<QVariantMap>("record");
 
-        const QVariantMap read = {
-            {"ifServer", true},      {"ifServerOn", false},           {"ifConfigured", true},
-            {"hostname", QString()}, {"ipAddresses", QStringList()},
-            {"domainName", QString::fromUtf8(".дом\0tail", 12)}};
+        const QVariantMap read = {{"ifServer", true},
+                                  {"ifServerOn", false},
+                                  {"ifConfigured", true},
+                                  {"hostname", QString()},
+                                  {"ipAddresses", QStringList()},
+                                  {"domainName", QString::fromUtf8(".дом\0tail", 12)}};
         QVariantMap all = read;
         all.insert("orn-server-commonInstalled", true);
-        QTest::newRow("no core")
-            << int(TaskDescription::Error) << "Domain core not initialized" << QVariantMap();
+        QTest::newRow("no core") << int(TaskDescription::Error) << "Domain core not initialized"
+                                 << QVariantMap();
         QTest::newRow("quiet") << int(TaskDescription::Success) << "" << all;
-        QTest::newRow("stderr")
-            << int(TaskDescription::Warning) << "orn-core: cache is stale\n" << all;
+        QTest::newRow("stderr") << int(TaskDescription::Warning) << "orn-core: cache is stale\n"
+                                << all;
         QTest::newRow("no dpkg-query")
             << int(TaskDescription::Error)
             << "Process error dpkg-query -W -f=${binary:Package}\t${Version}\t${Status} "
@@ -88,7 +90,7 @@ private slots:
         else if (setup == "stderr")
             FakeCore::complaint = "orn-core: cache is stale\n";
         else if (setup == "no dpkg-query")
-            qputenv("PATH", m_dir.path().toLocal8Bit());
+            QVERIFY(sh("rm /usr/bin/dpkg-query"));
 
         OrnServerReadHeavyTast task(m_element);
         task.run();
@@ -105,8 +107,8 @@ private slots:
         const QStringList hostOwn = {"hostname", "ipAddresses", "currentIpAddress"};
         for (auto it = record.cbegin(); it != record.cend(); ++it) {
             const QVariant value = actual.value(it.key());
-            QVERIFY2(value.userType() == it->userType()
-                         && (hostOwn.contains(it.key()) || value == *it),
+            QVERIFY2(value.userType() == it->userType() &&
+                         (hostOwn.contains(it.key()) || value == *it),
                      qPrintable(it.key()));
         }
     }
@@ -155,9 +157,11 @@ private slots:
     void iconRoles()
     {
         // Column, role, and whether the element's icon is the answer.
-        const QVector<std::tuple<int, int, bool>> cases = {
-            {0, Qt::DecorationRole, true}, {0, 263, true}, {1, Qt::DecorationRole, false},
-            {1, 263, false}, {0, Qt::DisplayRole, false}};
+        const QVector<std::tuple<int, int, bool>> cases = {{0, Qt::DecorationRole, true},
+                                                           {0, 263, true},
+                                                           {1, Qt::DecorationRole, false},
+                                                           {1, 263, false},
+                                                           {0, Qt::DisplayRole, false}};
         for (const auto &[column, role, icon] : cases) {
             const QVariant value = m_element->data(column, role);
             QVERIFY2(icon ? value.userType() == QMetaType::QIcon
@@ -167,5 +171,12 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestOrnServerModule)
+int main(int argc, char *argv[])
+{
+    if (const int inner = runInsideSandbox(argc, argv, {}); inner >= 0)
+        return inner;
+    QApplication app(argc, argv);
+    TestOrnServerModule test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_ornservermodule.moc"

@@ -2,41 +2,46 @@
 #include "packagestatus.h"
 #include "sandboxprocess.h"
 
+#include <QApplication>
 #include <QtTest>
 
 Q_DECLARE_METATYPE(PackageStatus)
 
-// dpkg-query is tests/fakes/dpkg-query: it answers from a "package|status" table and logs each
-// call's arguments, bracketed.
+// dpkg-query is the sandbox's simulated one: it answers from a package table of NAME VERSION
+// STATUS rows and records each call. The program starts itself again inside sandbox/run.
 class TestPackageStatus : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_dir;
-    const QByteArray m_path = PYX_TEST_FAKES_DIR ":" + qgetenv("PATH");
-
-    // Modes "missing" and "not executable" leave on PATH no fake, or one without its x bit (that
-    // would answer "installed" if it ran); the others are the fake's own.
-    static bool offPath(const QByteArray &mode)
+    // Modes "missing" and "not executable" leave in the system's folders no dpkg-query, or one
+    // without its x bit; "planted" puts one first on the PATH the console inherited. Each would
+    // answer "installed" if it ran. The others are the simulated tool's own.
+    static bool simulatedRuns(const QByteArray &mode)
     {
-        return mode == "missing" || mode == "not executable";
+        return mode != "missing" && mode != "not executable";
     }
-    void fake(const QByteArray &table, const QByteArray &mode = {})
+    void simulate(const QByteArray &table, const QByteArray &mode = {})
     {
-        QFile file(m_dir.filePath("table"));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(table) == table.size());
-        QFile::remove(m_dir.filePath("log"));
-        QFile unrunnable(m_dir.filePath("dpkg-query"));
-        QVERIFY(mode != "not executable" ? !unrunnable.exists() || unrunnable.remove()
-                                         : unrunnable.open(QIODevice::WriteOnly) &&
-                                               unrunnable.write("echo 'p\t1\tinstall ok'") > 0);
-        qputenv("PATH", offPath(mode) ? m_dir.path().toLocal8Bit() : m_path);
-        qputenv("FAKE_DPKG_MODE", mode);
-        qputenv("FAKE_DPKG_TABLE", file.fileName().toLocal8Bit());
-        qputenv("FAKE_DPKG_LOG", m_dir.filePath("log").toLocal8Bit());
+        QFile file("/etc/pyx-packages");
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(table + '\n') == table.size() + 1);
+        file.close();
+        const QString answer = "printf 'orn-server-common\\t1\\tinstall ok installed' #";
+        QVERIFY(restoreSandboxTools() &&
+                sh("rm -rf /etc/planted && mkdir /etc/planted && : >$SANDBOX_LOG"));
+        if (!simulatedRuns(mode))
+            QVERIFY(sh("rm /usr/bin/dpkg-query && echo \"" + answer + "\" >/usr/bin/dpkg-query"));
+        if (mode == "planted")
+            QVERIFY(
+                sh("echo \"" + answer + "\" >/etc/planted/dpkg-query && chmod +x /etc/planted/*"));
+        qputenv("PATH", "/etc/planted:" + m_path);
+        QVERIFY(setSandboxSettings({"SANDBOX_PACKAGES=/etc/pyx-packages",
+                                    "SANDBOX_MODE_DPKG_QUERY=" + QString(mode).remove("planted")}));
     }
 
-    QByteArray log() const { return readFile(m_dir.filePath("log")); }
+    // The simulated tool's calls.
+    QByteArray log() const { return toolCalls(readFile(qEnvironmentVariable("SANDBOX_LOG"))); }
+
+    const QByteArray m_path = qgetenv("PATH");
 
 private slots:
     void classify_data()
@@ -66,17 +71,19 @@ private slots:
         QTest::addColumn<QByteArray>("table");
         QTest::addColumn<QByteArray>("mode");
         QTest::addColumn<PackageStatus>("status");
-        const QByteArray installed = "orn-server-common|install ok installed", none;
+        const QByteArray installed = "orn-server-common 1.0-1 install ok installed", none;
         QTest::newRow("installed") << installed << none << PackageStatus::Installed;
         QTest::newRow("unknown, exit 1") << none << none << PackageStatus::NotInstalled;
         QTest::newRow("crash") << installed << QByteArray("crash") << PackageStatus::Failed;
+        QTest::newRow("planted on PATH")
+            << none << QByteArray("planted") << PackageStatus::NotInstalled;
         QTest::newRow("missing") << installed << QByteArray("missing") << PackageStatus::Failed;
         QTest::newRow("not executable")
             << installed << QByteArray("not executable") << PackageStatus::Failed;
         QTest::newRow("exit 2") << installed << QByteArray("exit:2") << PackageStatus::NotInstalled;
         // Lines without tabs only lengthen the first field; the answer after them is read.
         QTest::newRow("a megabyte before the answer")
-            << installed << QByteArray("flood") << PackageStatus::Installed;
+            << installed << QByteArray("flood:1") << PackageStatus::Installed;
         // Waits out the 30 s limit; ctest runs it on its own, labelled slow.
         if (qEnvironmentVariableIsSet("PYX_PACKAGE_SLOW"))
             QTest::newRow("hang") << installed << QByteArray("hang") << PackageStatus::Failed;
@@ -86,7 +93,7 @@ private slots:
     {
         QFETCH(QByteArray, table);
         QFETCH(QByteArray, mode);
-        fake(table, mode);
+        simulate(table, mode);
         QElapsedTimer clock;
         clock.start();
         QTEST(queryPackageStatus("orn-server-common"), "status");
@@ -95,10 +102,10 @@ private slots:
         QVERIFY2(mode == "hang" ? elapsed >= 30000 && elapsed < 33000 : elapsed < 5000,
                  qPrintable(QString::number(elapsed)));
         QCOMPARE(childProcesses().join(", "), QString());
-        // Each argument as the fake received it, bracketed.
-        const QByteArray argv =
-            "[-W][-f=${binary:Package}\t${Version}\t${Status}][orn-server-common]\n";
-        QCOMPARE(log(), offPath(mode) ? QByteArray() : argv);
+        // Each argument as the tool received it, bracketed.
+        const QByteArray call =
+            "dpkg-query [-W] [-f=${binary:Package}\t${Version}\t${Status}] [orn-server-common]\n";
+        QCOMPARE(log(), simulatedRuns(mode) ? call : QByteArray());
     }
 
     void isValid_data()
@@ -106,8 +113,8 @@ private slots:
         QTest::addColumn<QByteArray>("table");
         QTest::addColumn<bool>("valid");
         QTest::addColumn<int>("asked");
-        const QByteArray admin = "orn-admin|install ok installed\n",
-                         dc = "orn-server-dc|install ok installed\n";
+        const QByteArray admin = "orn-admin 1.0-1 install ok installed\n",
+                         dc = "orn-server-dc 1.0-1 install ok installed\n";
         QTest::newRow("both") << QByteArray(admin + dc) << true << 2;
         QTest::newRow("admin missing, dc not asked") << dc << false << 1;
         QTest::newRow("dc missing") << admin << false << 2;
@@ -117,11 +124,18 @@ private slots:
     void isValid()
     {
         QFETCH(QByteArray, table);
-        fake(table);
+        simulate(table);
         QTEST(OrnServerPlugin().isValid(), "valid");
         QTEST(int(log().count('\n')), "asked");
     }
 };
 
-QTEST_MAIN(TestPackageStatus)
+int main(int argc, char *argv[])
+{
+    if (const int inner = runInsideSandbox(argc, argv, {}); inner >= 0)
+        return inner;
+    QApplication app(argc, argv);
+    TestPackageStatus test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_packagestatus.moc"

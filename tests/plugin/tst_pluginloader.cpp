@@ -1,10 +1,14 @@
 #include "nodetreemodel.h"
 #include "plugin.h"
 #include "pluginregistry.h"
+#include "sandboxprocess.h"
 
+#include <QApplication>
 #include <QtTest>
 
-// The built plug-in and the fixtures the console must refuse, met through Qt's plug-in loader.
+// The built plug-in and the fixtures the console must refuse, met through Qt's plug-in loader, on
+// the simulated host: the program starts itself again inside sandbox/run, whose dpkg-query the
+// plug-in asks.
 class TestPluginLoader : public QObject
 {
     Q_OBJECT
@@ -40,8 +44,10 @@ private slots:
         QTest::newRow("wrong IID")
             << "wrong-iid"
             << "Unsupported interface \"vex-admin-pyx/9.9\"; expected \"vex-admin-pyx/0.0\"";
-        QTest::newRow("no interface") << "no-interface" << "The plug-in object does not implement";
-        QTest::newRow("not a plug-in") << "not-a-plugin" << "Not a plug-in:";
+        QTest::newRow("no interface") << "no-interface"
+                                      << "The plug-in object does not implement";
+        QTest::newRow("not a plug-in") << "not-a-plugin"
+                                       << "Not a plug-in:";
     }
 
     // The console prints the registry's reason for each file; these reasons come only where it
@@ -56,8 +62,7 @@ private slots:
 
     void disabledWithoutPackages()
     {
-        qputenv("PATH", PYX_TEST_FAKES_DIR ":" + qgetenv("PATH"));
-        qputenv("FAKE_DPKG_TABLE", "/dev/null");
+        QVERIFY(setSandboxSettings({"SANDBOX_PACKAGES=/dev/null"}));
         PluginRegistry registry;
         const PluginEntry entry = registry.loadFile(PYX_PLUGIN_FILE);
         QVERIFY(entry.plugin && !entry.enabled);
@@ -74,5 +79,12 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestPluginLoader)
+int main(int argc, char *argv[])
+{
+    if (const int inner = runInsideSandbox(argc, argv, {}); inner >= 0)
+        return inner;
+    QApplication app(argc, argv);
+    TestPluginLoader test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_pluginloader.moc"

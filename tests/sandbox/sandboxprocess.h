@@ -104,6 +104,32 @@ inline bool sh(const QString &script)
     return !QProcess::execute("/bin/sh", {"-c", "PATH=/usr/sbin:/usr/bin:/sbin:/bin\n" + script});
 }
 
+// Inside the sandbox: the settings the simulated tools (and the fakes linked over them) read
+// from now on, NAME=VALUE each, in place of those set before.
+inline bool setSandboxSettings(const QStringList &settings)
+{
+    QByteArray text;
+    for (const QString &setting : settings)
+        text += setting.section('=', 0, 0).toUtf8() + "='" +
+                setting.section('=', 1).replace("'", "'\\''").toUtf8() + "'\n";
+    QFile file("/run/sandbox/settings");
+    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
+}
+
+// Inside the sandbox: every simulated tool back in /usr/bin, after a case replaced or removed
+// some, and no settings of an earlier case.
+inline bool restoreSandboxTools()
+{
+    return sh("rm -f /run/sandbox/settings /run/sandbox/release && "
+              "for tool in /run/sandbox/tools/*; do ln -sf \"$tool\" /usr/bin/; done");
+}
+
+// Inside the sandbox: a stand-in of tests/fakes linked over the simulated tool of that name.
+inline bool linkFake(const QString &tool)
+{
+    return sh(QString("ln -sf %1/%2 /usr/bin/%2").arg(PYX_TEST_FAKES_DIR, tool));
+}
+
 inline QByteArray readFile(const QString &path)
 {
     QFile file(path);
@@ -159,7 +185,8 @@ inline QString journalSummary(const QList<JournalEntry> &entries)
             entry["PYX_RUN_ID"].toString().size() != 32)
             return "an entry of another program or run: " + entry["MESSAGE"].toString();
         QStringList word{entry["PYX_STEP"].toString()};
-        for (const char *name : {"PYX_RESULT", "PYX_OUTCOME", "PYX_EXIT_CODE", "PYX_HOSTS_REPLACED"})
+        for (const char *name :
+             {"PYX_RESULT", "PYX_OUTCOME", "PYX_EXIT_CODE", "PYX_HOSTS_REPLACED"})
             if (entry.contains(name))
                 word << entry[name].toString();
         if (word.join(':') != "output" || words.value(words.size() - 1) != "output")

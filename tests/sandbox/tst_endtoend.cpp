@@ -30,13 +30,17 @@ void TestEndToEnd::createWithCustomNetworkSettings_data()
     // Without logind, or without a bus and a journal, the run goes on exactly as before. In
     // Russian, Qt's own buttons are translated with the rest.
     QTest::newRow("no logind, in Russian")
-        << QStringList{"--no-logind", "--unset=LANGUAGE", "--unset=LC_ALL", "--unset=LC_MESSAGES",
+        << QStringList{"--no-logind",
+                       "--unset=LANGUAGE",
+                       "--unset=LC_ALL",
+                       "--unset=LC_MESSAGES",
                        "--env=LANG=ru_RU.UTF-8",
                        "--translations=" PYX_TEST_BINARY_DIR "/translations"}
         << "tool" << steps + "inhibitor:not-taken output " + end
         << "[OK] | [&Да] [&Нет] | [Закрыть] | [&Да] [&Нет]";
     QTest::newRow("no system bus, no journal")
-        << QStringList{"--no-system-bus", "--no-journal"} << "tool" << "" << english;
+        << QStringList{"--no-system-bus", "--no-journal"} << "tool"
+        << "" << english;
 }
 
 void TestEndToEnd::createWithCustomNetworkSettings()
@@ -48,11 +52,12 @@ void TestEndToEnd::createWithCustomNetworkSettings()
     QCOMPARE(seed.exitCode, 0);
 
     QTemporaryDir state;
+    // The tools record their environments as the console's plug-in started them.
     const SandboxRun run = runSandbox(
         services + QStringList{"--state-dir", state.path(), "--orn-init-duration", "0", "--env",
-                               "SUDO_UID=1000", "--env", "SANDBOX_ENV_LOG=" + state.filePath("env"),
-                               "--env", "QT_QPA_PLATFORM=offscreen"},
-        {PYX_WALKTHROUGH, PYX_PLUGIN_DIR, state.filePath("pictures")});
+                               "SUDO_UID=1000", "--env", "QT_QPA_PLATFORM=offscreen"},
+        {"sh", "-c", "echo SANDBOX_ENV_LOG=\"$0\" >/run/sandbox/settings && exec \"$@\"",
+         state.filePath("env"), PYX_WALKTHROUGH, PYX_PLUGIN_DIR, state.filePath("pictures")});
     // The walkthrough ends with 0 only once the re-read form says the server is on.
     QVERIFY2(run.exitCode == 0, run.err.constData());
     QCOMPARE(QDir(state.filePath("pictures")).entryList(QDir::Files).size(), 8);
@@ -81,8 +86,8 @@ void TestEndToEnd::createWithCustomNetworkSettings()
     QTEST(journalSummary(entries), "journal");
     // The start names the sudo user and what was asked for, the address the form offered.
     QStringList start;
-    for (const char *field :
-         {"PYX_SUDO_UID", "PYX_CUSTOM_NETWORK", "PYX_HOSTNAME", "PYX_SERVER_NAME", "PYX_IP_ADDRESS"})
+    for (const char *field : {"PYX_SUDO_UID", "PYX_CUSTOM_NETWORK", "PYX_HOSTNAME",
+                              "PYX_SERVER_NAME", "PYX_IP_ADDRESS"})
         start << entries.value(0)[field].toString();
     const QString address = hosts.mid(hosts.lastIndexOf('\n', -2) + 1).split(' ').first();
     if (!entries.isEmpty())
