@@ -50,6 +50,10 @@
         <source>The directory-domain server is being created; stopping now would leave it half-built</source>
         <translation>Создаётся сервер домена каталога; прерывание сейчас оставит его недостроенным</translation>
     </message>
+    <message>
+        <source>The host is called %1, not %2: /etc/hosts is left as it is and orn-init is not started</source>
+        <translation>Узел называется %1, а не %2: /etc/hosts оставлен без изменений, orn-init не запущен</translation>
+    </message>
 </context>
 <context>
     <name>Module</name>
@@ -210,6 +214,34 @@ Do you really want to continue?</source>
 Do you want reboot now?</source>
         <translation>Имя узла изменено. Для корректной работы системы необходима перезагрузка.
 Перезагрузить сейчас?</translation>
+    </message>
+    <message>
+        <source>orn.conf is opened in the editor as the desktop user who started the console through sudo, but SUDO_USER names no such user. Start the console with sudo from the desktop session.</source>
+        <translation>orn.conf открывается в редакторе от имени пользователя рабочего стола, запустившего консоль через sudo, но SUDO_USER не называет такого пользователя. Запустите консоль через sudo из сеанса рабочего стола.</translation>
+    </message>
+    <message>
+        <source>Another console is creating the server on this host. Wait until it has finished, then try again.</source>
+        <translation>На этом узле сервер уже создаётся из другой консоли. Дождитесь окончания и повторите попытку.</translation>
+    </message>
+    <message>
+        <source>The lock %1, which keeps two consoles from creating the server at once, cannot be taken: %2</source>
+        <translation>Не удалось захватить блокировку %1, не позволяющую двум консолям создавать сервер одновременно: %2</translation>
+    </message>
+    <message>
+        <source>IP address is empty</source>
+        <translation>Не указан IP-адрес</translation>
+    </message>
+    <message>
+        <source>Hostname contains a blank or a control character</source>
+        <translation>Имя узла содержит пробел или управляющий символ</translation>
+    </message>
+    <message>
+        <source>Hostname can hold only Latin letters, digits, hyphens and dots, at most 64 characters; a part between dots may not be empty, nor begin or end with a hyphen</source>
+        <translation>Имя узла может содержать только латинские буквы, цифры, дефисы и точки, не более 64 символов; часть между точками не может быть пустой, начинаться или заканчиваться дефисом</translation>
+    </message>
+    <message>
+        <source>Domain name contains a blank or a control character</source>
+        <translation>Имя домена содержит пробел или управляющий символ</translation>
     </message>
 </context>
 <context>

@@ -1,11 +1,14 @@
 #include "atomicfile.h"
 
 #include <QFile>
+#include <QList>
+#include <QPair>
 
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace {
@@ -39,6 +42,41 @@ bool readAll(int fd, QByteArray *bytes)
             return true;
         bytes->append(buffer, int(got));
     }
+}
+
+// The file's extended attributes at `path`, name and value: its ACL, its security label and the
+// rest. False when they cannot be read.
+bool readAttributes(const QByteArray &path, QList<QPair<QByteArray, QByteArray>> *attributes)
+{
+    const ssize_t size = ::llistxattr(path.constData(), nullptr, 0);
+    // A file system without them has none to keep.
+    if (size < 0)
+        return errno == ENOTSUP;
+    QByteArray names(int(size), '\0');
+    const ssize_t got = ::llistxattr(path.constData(), names.data(), size_t(names.size()));
+    if (got < 0)
+        return false;
+    names.truncate(int(got));
+    for (const QByteArray &name : names.split('\0')) {
+        if (name.isEmpty())
+            continue;
+        const ssize_t length = ::lgetxattr(path.constData(), name.constData(), nullptr, 0);
+        QByteArray value(int(qMax<ssize_t>(length, 0)), '\0');
+        if (length < 0 || ::lgetxattr(path.constData(), name.constData(), value.data(),
+                                      size_t(value.size())) != length)
+            return false;
+        attributes->append({name, value});
+    }
+    return true;
+}
+
+bool writeAttributes(int fd, const QList<QPair<QByteArray, QByteArray>> &attributes)
+{
+    for (const auto &[name, value] : attributes) {
+        if (::fsetxattr(fd, name.constData(), value.constData(), size_t(value.size()), 0) != 0)
+            return false;
+    }
+    return true;
 }
 
 bool rewrite(int fd, const QByteArray &content)
@@ -85,12 +123,17 @@ AtomicFile::Result AtomicFile::replace(const QString &path, const QByteArray &co
     const int slash = target.lastIndexOf('/');
     const QByteArray folder = target.left(slash + 1);
     QByteArray temporary = folder + '.' + target.mid(slash + 1) + ".XXXXXX";
+    QList<QPair<QByteArray, QByteArray>> attributes;
+    if (!readAttributes(target, &attributes))
+        return NotOpened;
     const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
     if (fd < 0)
         return NotOpened;
-    // The owner first: giving a file away may clear its mode's special bits.
+    // The owner first: giving a file away may clear its mode's special bits. The attributes
+    // last: a change of mode would narrow the ACL they carry.
     bool written = writeAll(fd, content) && ::fchown(fd, old.st_uid, old.st_gid) == 0 &&
-                   ::fchmod(fd, old.st_mode & 07777) == 0 && ::fsync(fd) == 0;
+                   ::fchmod(fd, old.st_mode & 07777) == 0 && writeAttributes(fd, attributes) &&
+                   ::fsync(fd) == 0;
     written = ::close(fd) == 0 && written;
     if (written && ::rename(temporary.constData(), target.constData()) == 0) {
         // The new name is on disk only once the folder is.

@@ -130,15 +130,19 @@ QString InitServerDialog::runCommand(const QString &program, const QStringList &
         .arg(program, joined, QString::fromLocal8Bit(process.readAllStandardError()));
 }
 
-QString InitServerDialog::outputParagraph(const QByteArray &chunk)
+QString InitServerDialog::outputText(const QByteArray &chunk)
 {
     // What follows a NUL in a chunk is not text the tool meant to show.
     const int length = int(qstrnlen(chunk.constData(), uint(chunk.size())));
     QString text = QString::fromLocal8Bit(chunk.constData(), length);
     static const QRegularExpression colour(QLatin1Char('\x1b') + QStringLiteral("\\[.{2,4}m"),
                                            QRegularExpression::DotMatchesEverythingOption);
-    text.remove(colour);
-    return removeTrailingNewlines(text);
+    return text.remove(colour);
+}
+
+QString InitServerDialog::outputParagraph(const QByteArray &chunk)
+{
+    return removeTrailingNewlines(outputText(chunk));
 }
 
 QString InitServerDialog::removeTrailingNewlines(const QString &text)
@@ -166,19 +170,25 @@ int InitServerDialog::exec()
     _journal.started(custom, _request.value(InitRequest::hostname).toString(),
                      _request.value(InitRequest::serverName).toString(),
                      _request.value(InitRequest::ipAddress).toString());
-    if (custom)
-        prepareHost();
-    writePasswordFile();
-    startInitTool();
+    // `orn-init --force` destroys the directory there is: it starts only on a host that carries
+    // the name asked for, and with the passwords in a file that no one else could have written.
+    if (custom && !prepareHost())
+        withholdTool(QStringLiteral("the host does not carry the name asked for"));
+    else if (!writePasswordFile())
+        withholdTool(QStringLiteral("the password file could not be written safely"));
+    else
+        startInitTool();
     return QDialog::exec();
 }
 
-void InitServerDialog::prepareHost()
+bool InitServerDialog::prepareHost()
 {
     const QString hostname = _request.value(InitRequest::hostname).toString();
-    setHostname(hostname);
+    if (!setHostname(hostname))
+        return false;
     updateHostsFile(hostname, _request.value(InitRequest::serverName).toString(),
                     _request.value(InitRequest::ipAddress).toString());
+    return true;
 }
 
 bool InitServerDialog::setHostname(const QString &hostname)
@@ -187,12 +197,23 @@ bool InitServerDialog::setHostname(const QString &hostname)
     // One argument whatever the name holds: no shell and no splitting sees it.
     const QString error =
         runCommand(QStringLiteral("hostnamectl"), {QStringLiteral("set-hostname"), hostname});
-    if (!error.isEmpty()) {
-        return stepFailed("hostname", error);
-    }
-    _journal.hostnameSet(hostname, previous != hostname);
-    if (previous != hostname)
+    if (!error.isEmpty())
+        stepFailed("hostname", error);
+    // hostnamectl stores what it likes of a name it dislikes, and reports success; what counts
+    // is the name the host carries now.
+    const QString carried = QHostInfo::localHostName();
+    if (carried != previous)
         emit hostnameChanged();
+    if (carried != hostname) {
+        const QString line = tr("The host is called %1, not %2: /etc/hosts is left as it is and "
+                                "orn-init is not started")
+                                 .arg(carried, hostname);
+        insertText(line);
+        _journal.hostnameDiffers(hostname, carried, line);
+        return false;
+    }
+    if (error.isEmpty())
+        _journal.hostnameSet(hostname, previous != hostname);
     return true;
 }
 
@@ -223,6 +244,9 @@ bool InitServerDialog::writePasswordFile()
     const auto fail = [this](const QString &line) { return stepFailed("password-file", line); };
     // Owner-only from birth: no instant in which another user could read the passwords.
     const int fd = SecretFile::create(path);
+    struct stat created;
+    if (fd >= 0 && ::fstat(fd, &created) == 0)
+        _passwordFile = {created.st_dev, created.st_ino};
     if (fd < 0 || !_tempFile.open(fd, QIODevice::WriteOnly | QIODevice::Unbuffered,
                                   QFileDevice::AutoCloseHandle)) {
         if (fd >= 0)
@@ -296,9 +320,9 @@ void InitServerDialog::withholdTool(const QString &why)
 void InitServerDialog::readProcessOutput(int channel)
 {
     _process.setReadChannel(QProcess::ProcessChannel(channel));
-    const QString paragraph = outputParagraph(_process.readAll());
-    _journal.output(paragraph, channel == QProcess::StandardError);
-    appendToPane(paragraph);
+    const QString text = outputText(_process.readAll());
+    _journal.output(text, channel == QProcess::StandardError);
+    appendToPane(removeTrailingNewlines(text));
 }
 
 bool InitServerDialog::stepFailed(const char *step, const QString &line)
@@ -390,11 +414,14 @@ void InitServerDialog::removePasswordFile()
     // Opened from a descriptor, the file object has forgotten its name.
     _tempFile.close();
     _tempFile.setFileName(passwordFilePath);
-    // Only a file of this run goes; a link or anything else found at the path was never written.
+    // Only the file this run created goes; whatever else is found at the path was never ours.
     struct stat status;
-    if (::lstat(QFile::encodeName(_tempFile.fileName()).constData(), &status) == 0 &&
-        S_ISREG(status.st_mode))
+    if (_passwordFile &&
+        ::lstat(QFile::encodeName(_tempFile.fileName()).constData(), &status) == 0 &&
+        S_ISREG(status.st_mode) && status.st_dev == _passwordFile->first &&
+        status.st_ino == _passwordFile->second)
         _tempFile.remove();
+    _passwordFile.reset();
 }
 
 void InitServerDialog::endRun()

@@ -12,6 +12,11 @@
 #include <QTimer>
 #include <QVariant>
 
+#include <optional>
+#include <utility>
+
+#include <sys/types.h>
+
 class QAbstractButton;
 
 namespace Ui {
@@ -31,8 +36,9 @@ public:
     // Runs a short command to its end, with 30 s to start and 30 s to finish. Returns one line
     // that says what went wrong, or an empty text.
     static QString runCommand(const QString &program, const QStringList &arguments);
-    // What one chunk of the tool's output shows: its text up to a NUL, without colour sequences
-    // and without the line feeds at its end.
+    // What one chunk of the tool's output says: its text up to a NUL, without colour sequences.
+    static QString outputText(const QByteArray &chunk);
+    // What the pane shows of one chunk: its text without the line feeds at its end.
     static QString outputParagraph(const QByteArray &chunk);
     static QString removeTrailingNewlines(const QString &text);
 
@@ -56,7 +62,9 @@ private slots:
     void buttonClicked(QAbstractButton *button);
 
 private:
-    void prepareHost();
+    // False when the host does not carry the name asked for; then nothing else is changed.
+    bool prepareHost();
+    // Whether the host now carries `hostname`.
     bool setHostname(const QString &hostname);
     bool updateHostsFile(const QString &hostname, const QString &serverName,
                          const QString &ipAddress);
@@ -83,6 +91,8 @@ private:
     GroupLeaderProcess _process;
     QFile _tempFile;
     QMap<QString, QVariant> _request;
+    // The password file this run created (device, inode): the only one it may remove.
+    std::optional<std::pair<dev_t, ino_t>> _passwordFile;
     // Why the tool was not started; empty once it has been asked to start.
     QString _withheldBecause;
     // Paragraphs on their way into the pane, oldest first; the first from _pendingFrom on.

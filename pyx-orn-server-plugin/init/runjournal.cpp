@@ -5,6 +5,7 @@
 #include <QVector>
 
 #include <algorithm>
+#include <utility>
 
 #include <sys/uio.h>
 #include <syslog.h>
@@ -72,6 +73,15 @@ void RunJournal::hostnameSet(const QString &hostname, bool changed)
           {"PYX_HOSTNAME", hostname}});
 }
 
+void RunJournal::hostnameDiffers(const QString &asked, const QString &carried,
+                                 const QString &paneLine)
+{
+    send("hostname", LOG_ERR, paneLine,
+         {{"PYX_RESULT", QStringLiteral("differs")},
+          {"PYX_HOSTNAME", asked},
+          {"PYX_HOSTNAME_CARRIED", carried}});
+}
+
 void RunJournal::hostsFileRewritten(const QString &entry, const QByteArray &replacedLine)
 {
     Fields fields{{"PYX_HOSTS_ENTRY", entry}};
@@ -118,14 +128,33 @@ void RunJournal::inhibitorReleased()
          {{"PYX_RESULT", QStringLiteral("released")}});
 }
 
-void RunJournal::output(const QString &paragraph, bool standardError)
+void RunJournal::output(const QString &text, bool standardError)
 {
-    send("output", LOG_INFO, paragraph,
+    QString &partial = _partialLine[standardError];
+    const int end = text.lastIndexOf(QLatin1Char('\n')) + 1;
+    if (end == 0) {
+        partial += text;
+        return;
+    }
+    QString lines = partial + text.leftRef(end);
+    partial = text.mid(end);
+    while (lines.endsWith(QLatin1Char('\n')))
+        lines.chop(1);
+    sendOutput(lines, standardError);
+}
+
+void RunJournal::sendOutput(const QString &text, bool standardError)
+{
+    send("output", LOG_INFO, text,
          {{"PYX_CHANNEL", standardError ? QStringLiteral("stderr") : QStringLiteral("stdout")}});
 }
 
 void RunJournal::ended(Outcome outcome, int exitCode, bool success, const QString &startError)
 {
+    for (const bool standardError : {false, true}) {
+        if (!_partialLine[standardError].isEmpty())
+            sendOutput(std::exchange(_partialLine[standardError], QString()), standardError);
+    }
     Fields fields{{"PYX_RESULT", success ? QStringLiteral("succeeded") : QStringLiteral("failed")}};
     QString text;
     switch (outcome) {
@@ -160,8 +189,7 @@ void RunJournal::rebootRequested()
          {{"PYX_RESULT", QStringLiteral("requested")}});
 }
 
-void RunJournal::send(const char *step, int priority, const QString &message,
-                      const Fields &fields)
+void RunJournal::send(const char *step, int priority, const QString &message, const Fields &fields)
 {
     QVector<QByteArray> lines{
         QByteArrayLiteral("SYSLOG_IDENTIFIER=pyx-orn-server-plugin"),

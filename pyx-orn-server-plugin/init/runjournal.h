@@ -21,6 +21,8 @@ public:
     void started(bool customNetworkSettings, const QString &hostname, const QString &serverName,
                  const QString &ipAddress);
     void hostnameSet(const QString &hostname, bool changed);
+    // The host carries `carried` instead of the `asked` name, as the pane's line says.
+    void hostnameDiffers(const QString &asked, const QString &carried, const QString &paneLine);
     // `replacedLine` null: the entry was added after the last line.
     void hostsFileRewritten(const QString &entry, const QByteArray &replacedLine);
     void passwordFileWritten(const QString &path);
@@ -29,7 +31,10 @@ public:
     // `error` empty: the lock was taken.
     void inhibitorTaken(const QString &what, const QString &error);
     void inhibitorReleased();
-    void output(const QString &paragraph, bool standardError);
+    // Output of the tool as it arrives. Whole lines only are sent, those of one piece in one
+    // entry: a password that arrives in two pieces is masked all the same. A line without its end
+    // waits for the next piece of its channel, or for the end of the run.
+    void output(const QString &text, bool standardError);
     enum class Outcome { Exited, Crashed, Aborted, NotStarted };
     // `startError`: why a tool that never started could not.
     void ended(Outcome outcome, int exitCode, bool success, const QString &startError);
@@ -40,6 +45,10 @@ private:
     void send(const char *step, int priority, const QString &message, const Fields &fields = {});
     QByteArray masked(const QString &value) const;
 
+    void sendOutput(const QString &text, bool standardError);
+
     QByteArray _runId;
     QStringList _secrets;
+    // The start of a line on each channel, standard output first.
+    QString _partialLine[2];
 };

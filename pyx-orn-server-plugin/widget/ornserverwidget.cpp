@@ -2,32 +2,41 @@
 
 #include "ui_ornserverwidget.h"
 
+#include "creationlock.h"
+#include "desktopuser.h"
 #include "element.h"
 #include "elementdata.h"
+#include "hostnamerule.h"
 #include "initrequest.h"
 #include "initserverdialog.h"
 #include "serverproperties.h"
 #include "systemprogram.h"
 
+#include <QFile>
 #include <QMessageBox>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QRegularExpression>
+
+#include <cerrno>
+#include <cstring>
 
 namespace {
 
 // A host name typed with its domain: "domain" is the tail from the first dot on.
 const QRegularExpression hostDomainPattern(QStringLiteral("^(?P<hostname>.*?)(?P<domain>\\..*)$"));
 
-// A tool runs on its own and outlives the console; one that cannot start leaves the form as it
-// was. The line is split at blanks, a quoted part kept whole, which is how the command lines are
-// written.
-void startTool(const QString &commandLine)
+// A tool runs on its own and outlives the console, as `user` when one is given; one that cannot
+// start leaves the form as it was. The line is split at blanks, a quoted part kept whole, which is
+// how the command lines are written.
+void startTool(const QString &commandLine, const DesktopUser *user = nullptr)
 {
     QStringList words = QProcess::splitCommand(commandLine);
     const QString name = words.takeFirst();
     QProcess process;
-    if (SystemProgram::prepare(process, name, words, SystemProgram::desktopEnvironment()))
+    if (user)
+        user->startDetached(name, words);
+    else if (SystemProgram::prepare(process, name, words, SystemProgram::desktopEnvironment()))
         process.startDetached();
 }
 
@@ -143,12 +152,23 @@ void OrnServerWidget::openNetworkUtility()
 
 void OrnServerWidget::editOrnConf()
 {
-    startTool(QStringLiteral("kate /etc/orn/orn.conf"));
+    // Run as root, the editor refuses (or opens a root window on the user's desktop); run as the
+    // user, it asks for rights when it saves.
+    const DesktopUser user = DesktopUser::fromSudo();
+    if (!user.isValid()) {
+        QMessageBox::critical(this, tr("Error"),
+                              tr("orn.conf is opened in the editor as the desktop user who "
+                                 "started the console through sudo, but SUDO_USER names no such "
+                                 "user. Start the console with sudo from the desktop session."),
+                              QMessageBox::Ok, QMessageBox::NoButton);
+        return;
+    }
+    startTool(QStringLiteral("kate /etc/orn/orn.conf"), &user);
 }
 
 void OrnServerWidget::createServer()
 {
-    const QStringList errors = checkDataForCreateServer();
+    const QStringList errors = checkDataForCreateServer() + checkHostIdentity();
     if (!errors.isEmpty()) {
         QMessageBox::critical(this, tr("Error"), errors.join(QLatin1Char('\n')), QMessageBox::Ok,
                               QMessageBox::NoButton);
@@ -159,15 +179,36 @@ void OrnServerWidget::createServer()
         tr("The creation of the server will destroy the entire database LDAP and Kerberos! Also "
            "during execution of this command can be stopped and restarted LDAP, Kerberos "
            "NFS/Samba and some other services!\nDo you really want to continue?"));
-    if (answer == QMessageBox::No)
+    // A box closed without an answer (the console quitting, a session ending) is no Yes.
+    if (answer != QMessageBox::Yes)
         return;
+    CreationLock lock;
+    const CreationLock::Result taken = lock.take();
+    const int lockError = errno;
+    switch (taken) {
+    case CreationLock::Taken:
+        break;
+    case CreationLock::HeldElsewhere:
+        QMessageBox::critical(this, tr("Error"),
+                              tr("Another console is creating the server on this host. Wait "
+                                 "until it has finished, then try again."),
+                              QMessageBox::Ok, QMessageBox::NoButton);
+        return;
+    case CreationLock::Unavailable:
+        QMessageBox::critical(this, tr("Error"),
+                              tr("The lock %1, which keeps two consoles from creating the server "
+                                 "at once, cannot be taken: %2")
+                                  .arg(QFile::decodeName(CreationLock::path()),
+                                       QString::fromLocal8Bit(std::strerror(lockError))),
+                              QMessageBox::Ok, QMessageBox::NoButton);
+        return;
+    }
 
     // The domain session would hold on to the directory that is about to be replaced.
     Element *own = element();
     auto *parentElement = qobject_cast<Element *>(own ? own->parentNode() : nullptr);
-    if (parentElement && parentElement->elementData()
-        && parentElement->elementData()->properties.value(QStringLiteral("isLogin"), false)
-               .toBool())
+    if (parentElement && parentElement->elementData() &&
+        parentElement->elementData()->properties.value(QStringLiteral("isLogin"), false).toBool())
         parentElement->performOperation(OperationType::Logout, nullptr, 0);
 
     const bool custom = _ui->_networkGroupBox->isChecked();
@@ -185,6 +226,7 @@ void OrnServerWidget::createServer()
     connect(&dialog, &InitServerDialog::serverCreatedSuccsessfully, this,
             [&created] { created = true; });
     dialog.exec();
+    lock.release();
 
     _ui->_kerberosPasswordLineEdit->clear();
     _ui->_repeatKerberosPasswordLineEdit->clear();
@@ -283,6 +325,28 @@ void OrnServerWidget::makeupFullDomainName()
     // The domain name carries its own leading dot.
     _ui->_serverNameLabel->setText(QStringLiteral("%1%2").arg(_ui->_hostnameLineEdit->text(),
                                                               _ui->_domainNameLineEdit->text()));
+}
+
+QStringList OrnServerWidget::checkHostIdentity()
+{
+    // What the host name command, the hosts line and the new directory are given must be what the
+    // host will carry: a name hostnamectl alters, or a pasted line feed that would add a line of
+    // its own to /etc/hosts, goes no further. An empty name has its message already.
+    QStringList messages;
+    if (!_ui->_networkGroupBox->isChecked())
+        return messages;
+    if (_ui->_ipComboBox->currentText().isEmpty())
+        messages << tr("IP address is empty");
+    const QString hostname = _ui->_hostnameLineEdit->text();
+    if (HostnameRule::hasBlankOrControl(hostname))
+        messages << tr("Hostname contains a blank or a control character");
+    else if (!hostname.isEmpty() && !HostnameRule::isKeptAsTyped(hostname))
+        messages << tr("Hostname can hold only Latin letters, digits, hyphens and dots, at most 64 "
+                       "characters; a part between dots may not be empty, nor begin or end with a "
+                       "hyphen");
+    if (HostnameRule::hasBlankOrControl(_ui->_domainNameLineEdit->text()))
+        messages << tr("Domain name contains a blank or a control character");
+    return messages;
 }
 
 QString OrnServerWidget::checkPassword(const QString &password)

@@ -31,6 +31,8 @@ private slots:
 
 private:
     QString checkPassword(const QString &password);
+    // The creation's own checks of the network settings, beyond checkDataForCreateServer's.
+    QStringList checkHostIdentity();
     void reboot();
 
     Ui::OrnServerWidget *_ui;
