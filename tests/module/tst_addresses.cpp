@@ -58,12 +58,5 @@ private slots:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    if (const int inner = runInsideSandbox(argc, argv, {}); inner >= 0)
-        return inner;
-    QApplication app(argc, argv);
-    TestAddresses test;
-    return QTest::qExec(&test, argc, argv);
-}
+PYX_SANDBOX_TEST_MAIN(TestAddresses, {})
 #include "tst_addresses.moc"

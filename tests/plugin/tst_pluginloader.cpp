@@ -79,12 +79,5 @@ private slots:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    if (const int inner = runInsideSandbox(argc, argv, {}); inner >= 0)
-        return inner;
-    QApplication app(argc, argv);
-    TestPluginLoader test;
-    return QTest::qExec(&test, argc, argv);
-}
+PYX_SANDBOX_TEST_MAIN(TestPluginLoader, {})
 #include "tst_pluginloader.moc"

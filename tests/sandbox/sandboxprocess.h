@@ -78,6 +78,18 @@ inline int runInsideSandbox(int argc, char *argv[], const QStringList &options)
     return inside.exitStatus() == QProcess::NormalExit ? inside.exitCode() : 1;
 }
 
+// main() of a suite of TestObject that runs on the simulated host: it starts itself again inside
+// sandbox/run with `options`, a QStringList.
+#define PYX_SANDBOX_TEST_MAIN(TestObject, options)                                                 \
+    int main(int argc, char *argv[])                                                               \
+    {                                                                                              \
+        if (const int inner = runInsideSandbox(argc, argv, options); inner >= 0)                   \
+            return inner;                                                                          \
+        QApplication app(argc, argv);                                                              \
+        TestObject test;                                                                           \
+        return QTest::qExec(&test, argc, argv);                                                    \
+    }
+
 inline QStringList namespaces()
 {
     return {QFile::symLinkTarget("/proc/self/ns/mnt"), QFile::symLinkTarget("/proc/self/ns/uts")};
