@@ -53,6 +53,13 @@ void setOwnEnabled(QWidget *field, const QGroupBox *group, bool enabled)
     }
 }
 
+// The "Error" box: what is wrong, and OK.
+void showError(QWidget *parent, const QString &text)
+{
+    QMessageBox::critical(parent, OrnServerWidget::tr("Error"), text, QMessageBox::Ok,
+                          QMessageBox::NoButton);
+}
+
 // The boxes that stand before the database is destroyed and before a reboot. They have no
 // default button, yet Qt hands the focus, and with it Return, to their first button, Yes; the
 // focus starts on No instead, so that one stray Return answers No. Otherwise the box is the one
@@ -156,12 +163,10 @@ void OrnServerWidget::editOrnConf()
     // user, it asks for rights when it saves.
     const DesktopUser user = DesktopUser::fromSudo();
     if (!user.isValid()) {
-        QMessageBox::critical(this, tr("Error"),
-                              tr("orn.conf is opened in the editor as the desktop user who "
-                                 "started the console through sudo, but SUDO_USER names no such "
-                                 "user. Start the console with sudo from the desktop session."),
-                              QMessageBox::Ok, QMessageBox::NoButton);
-        return;
+        return showError(this,
+                         tr("orn.conf is opened in the editor as the desktop user who started "
+                            "the console through sudo, but SUDO_USER names no such user. "
+                            "Start the console with sudo from the desktop session."));
     }
     startTool(QStringLiteral("kate /etc/orn/orn.conf"), &user);
 }
@@ -170,9 +175,7 @@ void OrnServerWidget::createServer()
 {
     const QStringList errors = checkDataForCreateServer() + checkHostIdentity();
     if (!errors.isEmpty()) {
-        QMessageBox::critical(this, tr("Error"), errors.join(QLatin1Char('\n')), QMessageBox::Ok,
-                              QMessageBox::NoButton);
-        return;
+        return showError(this, errors.join(QLatin1Char('\n')));
     }
     const QMessageBox::StandardButton answer = askYesNo(
         this, QMessageBox::Warning, tr("Warning"),
@@ -189,19 +192,13 @@ void OrnServerWidget::createServer()
     case CreationLock::Taken:
         break;
     case CreationLock::HeldElsewhere:
-        QMessageBox::critical(this, tr("Error"),
-                              tr("Another console is creating the server on this host. Wait "
-                                 "until it has finished, then try again."),
-                              QMessageBox::Ok, QMessageBox::NoButton);
-        return;
+        return showError(this, tr("Another console is creating the server on this host. Wait "
+                                  "until it has finished, then try again."));
     case CreationLock::Unavailable:
-        QMessageBox::critical(this, tr("Error"),
-                              tr("The lock %1, which keeps two consoles from creating the server "
-                                 "at once, cannot be taken: %2")
-                                  .arg(QFile::decodeName(CreationLock::path()),
-                                       QString::fromLocal8Bit(std::strerror(lockError))),
-                              QMessageBox::Ok, QMessageBox::NoButton);
-        return;
+        return showError(this, tr("The lock %1, which keeps two consoles from creating the "
+                                  "server at once, cannot be taken: %2")
+                                   .arg(QFile::decodeName(CreationLock::path()),
+                                        QString::fromLocal8Bit(std::strerror(lockError))));
     }
 
     // The domain session would hold on to the directory that is about to be replaced.
