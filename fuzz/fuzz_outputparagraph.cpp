@@ -47,8 +47,8 @@ std::u32string shown(const std::string &chunk)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const std::string chunk(reinterpret_cast<const char *>(data), size);
-    const QString paragraph =
-        InitServerDialog::outputParagraph(QByteArray(chunk.data(), int(size)));
+    const QString paragraph = InitServerDialog::removeTrailingNewlines(
+        InitServerDialog::outputText(QByteArray(chunk.data(), int(size))));
     const std::u32string expected = shown(chunk);
     require(paragraph.toStdU32String() == expected, "the paragraph is the chunk as the rule says");
     return 0;

@@ -140,11 +140,6 @@ QString InitServerDialog::outputText(const QByteArray &chunk)
     return text.remove(colour);
 }
 
-QString InitServerDialog::outputParagraph(const QByteArray &chunk)
-{
-    return removeTrailingNewlines(outputText(chunk));
-}
-
 QString InitServerDialog::removeTrailingNewlines(const QString &text)
 {
     int end = text.size();

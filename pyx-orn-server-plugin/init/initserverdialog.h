@@ -37,9 +37,9 @@ public:
     // that says what went wrong, or an empty text.
     static QString runCommand(const QString &program, const QStringList &arguments);
     // What one chunk of the tool's output says: its text up to a NUL, without colour sequences.
+    // The journal takes it as it is; the pane shows it as one paragraph, without the line feeds
+    // at its end.
     static QString outputText(const QByteArray &chunk);
-    // What the pane shows of one chunk: its text without the line feeds at its end.
-    static QString outputParagraph(const QByteArray &chunk);
     static QString removeTrailingNewlines(const QString &text);
 
     // Ignored while the tool runs.
