@@ -6,11 +6,11 @@ SCREENSHOTS ?= $(CURDIR)/demo-screenshots
 # What a fresh Debian 12 machine lacks to build, test and show the plug-in.
 PACKAGES := cmake make g++ qtbase5-dev qttools5-dev qttools5-dev-tools libsystemd-dev pkg-config \
             fonts-dejavu-core util-linux iproute2 strace e2fsprogs dbus-daemon qttranslations5-l10n \
-            acl attr
+            acl attr systemd dbus
 
 # The Debian packages (make deb) and the suite that installs them need these as well
-# (systemd-tmpfiles applies the package's rule).
-DEB_PACKAGES := build-essential dpkg-dev debhelper lintian systemd
+# (systemd-tmpfiles, of the systemd above, applies the package's rule).
+DEB_PACKAGES := build-essential dpkg-dev debhelper lintian
 DEB_DIR ?= $(BUILD_DIR)/deb
 
 .PHONY: check demo deps build deb

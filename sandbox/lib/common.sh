@@ -1,8 +1,8 @@
-# Sourced by every simulated tool. The tools live in a run's work folder next to its `config`,
-# the options' settings; /usr/bin links to them, so the link is followed to find it. A command
-# inside changes the settings in /run/sandbox/settings: the programs that start the tools seldom
-# pass an environment on.
-SANDBOX_WORK=$(dirname "$(dirname "$(readlink -f "$0")")")
+# Sourced by every simulated tool, as /run/sandbox/tools/../lib/common.sh also by the suites'
+# stand-ins. The tools live in a run's work folder next to its `config`, the options' settings,
+# and /run/sandbox/tools links to them. A command inside changes the settings in
+# /run/sandbox/settings: the programs that start the tools seldom pass an environment on.
+SANDBOX_WORK=$(dirname "$(readlink -f /run/sandbox/tools)")
 # shellcheck source=/dev/null
 . "$SANDBOX_WORK/config"
 # shellcheck source=/dev/null

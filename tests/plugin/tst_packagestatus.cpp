@@ -7,41 +7,44 @@
 
 Q_DECLARE_METATYPE(PackageStatus)
 
-// dpkg-query is the sandbox's simulated one: it answers from a package table of NAME VERSION
-// STATUS rows and records each call. The program starts itself again inside sandbox/run.
+// dpkg-query is the system's own, on packages that dpkg brought to each state; a stand-in over it
+// records each call. The program starts itself again inside sandbox/run.
 class TestPackageStatus : public QObject
 {
     Q_OBJECT
 
     // Modes "missing" and "not executable" leave in the system's folders no dpkg-query, or one
     // without its x bit; "planted" puts one first on the PATH the console inherited. Each would
-    // answer "installed" if it ran. The others are the simulated tool's own.
-    static bool simulatedRuns(const QByteArray &mode)
+    // answer "installed" if it ran. The others are faults of the stand-in's.
+    static bool queried(const QByteArray &mode)
     {
         return mode != "missing" && mode != "not executable";
     }
-    void simulate(const QByteArray &table, const QByteArray &mode = {})
+    // `states`: NAME STATE pairs for /run/sandbox/package, after which dpkg holds nothing else
+    // of the three.
+    void simulate(const QByteArray &states, const QByteArray &mode = {})
     {
-        QFile file("/etc/pyx-packages");
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(table + '\n') == table.size() + 1);
-        file.close();
         const QString answer = "printf 'orn-server-common\\t1\\tinstall ok installed' #";
-        QVERIFY(restoreSandboxTools() &&
+        QVERIFY(restoreSandboxTools() && linkFake("dpkg-query", "faulty") &&
                 sh("rm -rf /etc/planted && mkdir /etc/planted && : >$SANDBOX_LOG"));
-        if (!simulatedRuns(mode))
+        if (states != m_states)
+            QVERIFY(sh("/run/sandbox/package orn-admin missing orn-server-dc missing "
+                       "orn-server-common missing orn-server-common:i386 missing " +
+                       QString::fromUtf8(states)));
+        m_states = states;
+        if (!queried(mode))
             QVERIFY(sh("rm /usr/bin/dpkg-query && echo \"" + answer + "\" >/usr/bin/dpkg-query"));
         if (mode == "planted")
             QVERIFY(
                 sh("echo \"" + answer + "\" >/etc/planted/dpkg-query && chmod +x /etc/planted/*"));
         qputenv("PATH", "/etc/planted:" + m_path);
-        QVERIFY(setSandboxSettings({"SANDBOX_PACKAGES=/etc/pyx-packages",
-                                    "SANDBOX_MODE_DPKG_QUERY=" + QString(mode).remove("planted")}));
+        QVERIFY(setSandboxSettings({"SANDBOX_MODE_DPKG_QUERY=" + QString(mode).remove("planted")}));
     }
 
-    // The simulated tool's calls.
-    QByteArray log() const { return toolCalls(readFile(qEnvironmentVariable("SANDBOX_LOG"))); }
+    QByteArray log() const { return readFile(qEnvironmentVariable("SANDBOX_LOG")); }
 
     const QByteArray m_path = qgetenv("PATH");
+    QByteArray m_states = "unknown";
 
 private slots:
     void classify_data()
@@ -68,12 +71,21 @@ private slots:
 
     void query_data()
     {
-        QTest::addColumn<QByteArray>("table");
+        QTest::addColumn<QByteArray>("states");
         QTest::addColumn<QByteArray>("mode");
         QTest::addColumn<PackageStatus>("status");
-        const QByteArray installed = "orn-server-common 1.0-1 install ok installed", none;
+        const QByteArray installed = "orn-server-common installed", none;
         QTest::newRow("installed") << installed << none << PackageStatus::Installed;
         QTest::newRow("unknown, exit 1") << none << none << PackageStatus::NotInstalled;
+        QTest::newRow("postinst failed")
+            << QByteArray("orn-server-common half-configured") << none << PackageStatus::Installed;
+        QTest::newRow("removed, conffile kept")
+            << QByteArray("orn-server-common config-files") << none
+            << PackageStatus::NotInstalled;
+        // Both records come without a line between them: not one package's answer.
+        QTest::newRow("two architectures")
+            << QByteArray(installed + " orn-server-common:i386 installed") << none
+            << PackageStatus::NotInstalled;
         QTest::newRow("crash") << installed << QByteArray("crash") << PackageStatus::Failed;
         QTest::newRow("planted on PATH")
             << none << QByteArray("planted") << PackageStatus::NotInstalled;
@@ -91,9 +103,9 @@ private slots:
 
     void query()
     {
-        QFETCH(QByteArray, table);
+        QFETCH(QByteArray, states);
         QFETCH(QByteArray, mode);
-        simulate(table, mode);
+        simulate(states, mode);
         QElapsedTimer clock;
         clock.start();
         QTEST(queryPackageStatus("orn-server-common"), "status");
@@ -105,17 +117,16 @@ private slots:
         // Each argument as the tool received it, bracketed.
         const QByteArray call =
             "dpkg-query [-W] [-f=${binary:Package}\t${Version}\t${Status}] [orn-server-common]\n";
-        QCOMPARE(log(), simulatedRuns(mode) ? call : QByteArray());
+        QCOMPARE(log(), queried(mode) ? call : QByteArray());
     }
 
     void isValid_data()
     {
-        QTest::addColumn<QByteArray>("table");
+        QTest::addColumn<QByteArray>("states");
         QTest::addColumn<bool>("valid");
         QTest::addColumn<int>("asked");
-        const QByteArray admin = "orn-admin 1.0-1 install ok installed\n",
-                         dc = "orn-server-dc 1.0-1 install ok installed\n";
-        QTest::newRow("both") << QByteArray(admin + dc) << true << 2;
+        const QByteArray admin = "orn-admin installed", dc = "orn-server-dc installed";
+        QTest::newRow("both") << QByteArray(admin + ' ' + dc) << true << 2;
         QTest::newRow("admin missing, dc not asked") << dc << false << 1;
         QTest::newRow("dc missing") << admin << false << 2;
     }
@@ -123,8 +134,8 @@ private slots:
     // Counting the calls is enough: asking in the other order changes the count where it fails.
     void isValid()
     {
-        QFETCH(QByteArray, table);
-        simulate(table);
+        QFETCH(QByteArray, states);
+        simulate(states);
         QTEST(OrnServerPlugin().isValid(), "valid");
         QTEST(int(log().count('\n')), "asked");
     }

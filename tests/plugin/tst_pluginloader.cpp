@@ -7,8 +7,8 @@
 #include <QtTest>
 
 // The built plug-in and the fixtures the console must refuse, met through Qt's plug-in loader, on
-// the simulated host: the program starts itself again inside sandbox/run, whose dpkg-query the
-// plug-in asks.
+// the simulated host: the program starts itself again inside sandbox/run, whose dpkg the plug-in
+// asks.
 class TestPluginLoader : public QObject
 {
     Q_OBJECT
@@ -62,7 +62,8 @@ private slots:
 
     void disabledWithoutPackages()
     {
-        QVERIFY(setSandboxSettings({"SANDBOX_PACKAGES=/dev/null"}));
+        QVERIFY(sh("/run/sandbox/package orn-admin missing orn-server-dc missing "
+                   "orn-server-common missing"));
         PluginRegistry registry;
         const PluginEntry entry = registry.loadFile(PYX_PLUGIN_FILE);
         QVERIFY(entry.plugin && !entry.enabled);

@@ -33,8 +33,8 @@ inline SandboxRun runProgram(const QString &program, const QStringList &argument
     return run;
 }
 
-// The simulated journal and logind of this build tree.
-inline const QStringList sandboxServices{"--services", PYX_TEST_BINARY_DIR "/bin"};
+// The directory server's packages built with this tree, for the simulated host's dpkg.
+inline const QStringList sandboxServices{"--debs", PYX_TEST_BINARY_DIR "/sandbox-debs"};
 
 // One run of sandbox/run: `options -- command`.
 inline SandboxRun runSandbox(const QStringList &options, const QStringList &command)
@@ -128,18 +128,21 @@ inline bool setSandboxSettings(const QStringList &settings)
     return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
 }
 
-// Inside the sandbox: every simulated tool back in /usr/bin, after a case replaced or removed
-// some, and no settings of an earlier case.
+// Inside the sandbox: every simulated tool back in /usr/bin, and the system's programs that a
+// case may replace, after a case replaced or removed some; no settings of an earlier case.
 inline bool restoreSandboxTools()
 {
     return sh("rm -f /run/sandbox/settings /run/sandbox/release && "
-              "for tool in /run/sandbox/tools/*; do ln -sf \"$tool\" /usr/bin/; done");
+              "for tool in /run/sandbox/tools/* /run/sandbox/usr/bin/dpkg-query "
+              "/run/sandbox/usr/bin/hostnamectl; do ln -sf \"$tool\" /usr/bin/; done");
 }
 
-// Inside the sandbox: a stand-in of tests/fakes linked over the simulated tool of that name.
-inline bool linkFake(const QString &tool)
+// Inside the sandbox: a stand-in of tests/fakes linked over the program of that name; `fake`
+// names another stand-in, such as "faulty" for a system program's faults.
+inline bool linkFake(const QString &tool, const QString &fake = {})
 {
-    return sh(QString("ln -sf %1/%2 /usr/bin/%2").arg(PYX_TEST_FAKES_DIR, tool));
+    return sh(QString("ln -sf %1/%2 /usr/bin/%3")
+                  .arg(PYX_TEST_FAKES_DIR, fake.isEmpty() ? tool : fake, tool));
 }
 
 inline QByteArray readFile(const QString &path)
@@ -148,41 +151,64 @@ inline QByteArray readFile(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// The lines of a call log that programs wrote, without the journal's and logind's.
-inline QByteArray toolCalls(const QByteArray &log)
+// What the simulated orn-init saw of the plug-in's inhibitor lock while it ran, by its line of
+// the call log: "locked" (logind listed one blocking lock on shutdown, sleep, idle and the lid
+// switch), "unlocked", or "no tool" where it never ran.
+inline QString lockDuringTool(const QByteArray &log)
 {
-    QByteArray calls;
-    for (const QByteArray &line : log.split('\n'))
-        if (!line.isEmpty() && !line.startsWith("journal {") && !line.startsWith("logind ["))
-            calls += line + '\n';
-    return calls;
-}
-
-// In a call log: "taken" and "released" for logind's locks, "tool" for the simulated orn-init.
-inline QString lockOrder(const QByteArray &log)
-{
-    QStringList order;
-    for (const QByteArray &line : log.split('\n'))
-        if (line.startsWith("logind [Inhibit]"))
-            order << "taken";
-        else if (line.startsWith("logind [released]"))
-            order << "released";
-        else if (line.startsWith("orn-init ["))
-            order << "tool";
-    return order.join(' ');
+    const int call = log.indexOf("orn-init [");
+    if (call < 0)
+        return "no tool";
+    const QByteArray line = log.mid(call, log.indexOf('\n', call) - call);
+    const QByteArray locks = line.mid(line.indexOf("{INHIBITORS=")).replace("\\n", "\n");
+    return locks.count(" shutdown:sleep:idle:handle-lid-switch ") == 1 &&
+                   locks.simplified().endsWith(" block}")
+               ? "locked"
+               : "unlocked";
 }
 
 using JournalEntry = QJsonObject;
 
-// The entries of the journal's record (sandbox/run's SANDBOX_JOURNAL, or journal in its state
-// folder), a JSON object a line; a line still being written reads as an empty entry.
+// The entries of journalctl -o json, an object a line. A value that is not printable text (the
+// tool's colours, say) comes as an array of its bytes; it is read back as text.
 inline QList<JournalEntry> journalEntries(const QByteArray &record)
 {
     QList<JournalEntry> entries;
-    for (const QByteArray &line : record.split('\n'))
-        if (!line.isEmpty())
-            entries << QJsonDocument::fromJson(line).object();
+    for (const QByteArray &line : record.split('\n')) {
+        if (line.isEmpty())
+            continue;
+        JournalEntry entry = QJsonDocument::fromJson(line).object();
+        for (auto field = entry.begin(); field != entry.end(); ++field) {
+            if (!field->isArray())
+                continue;
+            QByteArray bytes;
+            for (const QJsonValue &byte : field->toArray())
+                bytes += char(byte.toInt());
+            *field = QString::fromUtf8(bytes);
+        }
+        entries << entry;
+    }
     return entries;
+}
+
+// Inside the sandbox: the plug-in's entries in the journal, read back as an administrator reads
+// them, after the one at `cursor` (all for none).
+inline QByteArray journalRecord(const QByteArray &cursor = {})
+{
+    QStringList arguments{"-q", "--no-pager", "-o", "json", "--all", "-t", "pyx-orn-server-plugin"};
+    if (!cursor.isEmpty())
+        arguments << "--after-cursor=" + QString::fromUtf8(cursor);
+    return runProgram("/usr/bin/journalctl", arguments).out;
+}
+
+// Inside the sandbox: where the plug-in's entries in the journal end now, for journalRecord().
+inline QByteArray journalCursor()
+{
+    const QByteArray last = runProgram("/usr/bin/journalctl", {"-q", "--no-pager", "-o", "json",
+                                                               "-n", "1", "-t",
+                                                               "pyx-orn-server-plugin"})
+                                .out;
+    return journalEntries(last).value(0)["__CURSOR"].toString().toUtf8();
 }
 
 // What the entries of one run say, an entry a word: PYX_STEP, then PYX_RESULT, PYX_OUTCOME,

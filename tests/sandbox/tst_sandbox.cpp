@@ -1,6 +1,6 @@
-// The simulated host: what a sandboxed command changes stays inside, and the simulated tools are
-// as strict as the plug-in's system tests assume. The package table, the reboot command and the
-// failure modes are exercised by those tests themselves.
+// The simulated host: what a sandboxed command changes stays inside, the system's services and
+// packages are there as the plug-in's system tests assume, and the simulated tools are as strict
+// as those tests assume. The reboot command and the failure modes are exercised by those tests.
 #include "hostorncore.h"
 #include "sandboxprocess.h"
 
@@ -36,9 +36,9 @@ void TestSandbox::isolation()
     const QString stray = QString("pyx-stray-%1").arg(QRandomGenerator::global()->generate64());
 
     // Ends at once unless the mount and host name namespaces differ from the host's (the links'
-    // targets read "mnt:[inode]"); then does to the host by hand what the plug-in does, sends
-    // the journal an entry too large for one datagram just before it ends, takes a lock of
-    // logind's, and leaves a helper running.
+    // targets read "mnt:[inode]"); then does to the host by hand what the plug-in does, counts
+    // logind's locks on sleep with one taken and after, sends the journal an entry too large for
+    // one datagram just before it ends, and leaves a helper running.
     const QString script =
         QString("case '%1' in *\"$(readlink /proc/self/ns/mnt)\"* | "
                 "*\"$(readlink /proc/self/ns/uts)\"*) exit 99 ;; esac\nset -e\n"
@@ -46,9 +46,10 @@ void TestSandbox::isolation()
                 "mv /etc/.h /etc/hosts; echo rehearsal >/etc/orn/x; hostname dc1.corp.example\n"
                 "bash -c 'exec -a \"$0\" sleep 1000' %2 &\n"
                 "kill -0 $!; cat /etc/hosts /etc/orn/x; hostname\n"
-                "systemd-inhibit --what=sleep --who=t --why=t true\n"
-                "printf 'MESSAGE=%s\\n' \"$(head -c 9000000 /dev/zero | tr '\\0' x)\" | "
-                "logger --journald\n")
+                "locks='systemd-inhibit --list --no-legend | grep -c \" sleep \" || :'\n"
+                "systemd-inhibit --what=sleep --who=t --why=t sh -c \"$locks\"; sh -c \"$locks\"\n"
+                "printf 'SYSLOG_IDENTIFIER=pyx-orn-server-plugin\\nMESSAGE=%s\\n' "
+                "\"$(head -c 9000000 /dev/zero | tr '\\0' x)\" | logger --journald\n")
             .arg(namespaces().join(""), stray);
     const SandboxRun run = runSandbox({"--state-dir", state.path()}, {"sh", "-c", script});
     QStringList strays; // started inside, still running: ended here, then reported
@@ -61,12 +62,12 @@ void TestSandbox::isolation()
     }
 
     QVERIFY2(run.exitCode == 0, run.err.constData());
-    QCOMPARE(run.out, QByteArray("127.0.0.1\tlocalhost\n10.1.2.3\tdc1.corp.example\tdc1\n"
-                                 "rehearsal\ndc1.corp.example\n"));
+    const QByteArray changed = "127.0.0.1\tlocalhost\n10.1.2.3\tdc1.corp.example\tdc1\n"
+                               "rehearsal\ndc1.corp.example\n";
+    QCOMPARE(run.out, changed + "1\n0\n");
     const auto kept = [&](const char *path) { return readFile(state.filePath(path)); };
-    QCOMPARE(QByteArray(kept("etc/hosts") + kept("etc/orn/x") + kept("hostname")), run.out);
+    QCOMPARE(QByteArray(kept("etc/hosts") + kept("etc/orn/x") + kept("hostname")), changed);
     QCOMPARE(journalEntries(kept("journal")).value(0)["MESSAGE"].toString().size(), 9000000);
-    QCOMPARE(lockOrder(kept("log")), "taken released");
     QCOMPARE(hostFacts(), before);
     QCOMPARE(strays, QStringList());
 }
@@ -82,11 +83,23 @@ void TestSandbox::tools_data()
         QTest::newRow(name) << QString::fromLatin1(options) << script << out << directory;
     };
 
-    // The plug-in's suites rename the host to good names; this row is what systemd's hostnamectl
-    // makes of another: it stores what is left of it, and reports success.
+    // What systemd's hostnamectl makes of a name the plug-in refuses: it stores what is left of
+    // it, and reports success.
     row("hostnamectl: a name altered", "",
         "hostnamectl set-hostname my_server; echo $?; hostname; cat /etc/hostname",
         "0\nmyserver\nmyserver\n");
+    // The states the package suites meet, made by dpkg: a failed postinst, a removal that kept
+    // the conffile, a second architecture; then changed inside.
+    const QString packages = "dpkg-query -W -f='${Package} ${Status}\\n' 'orn-*'";
+    row("packages: as dpkg leaves them",
+        "--package orn-server-dc=half-configured --package orn-admin=config-files "
+        "--package orn-server-common:i386=installed",
+        packages + "; /run/sandbox/package orn-server-dc unpacked orn-admin missing && " +
+            packages,
+        "orn-admin deinstall ok config-files\norn-server-common install ok installed\n"
+        "orn-server-common install ok installed\norn-server-dc install ok half-configured\n"
+        "orn-server-common install ok installed\norn-server-common install ok installed\n"
+        "orn-server-dc install ok unpacked\n");
 
     const QString initWith = QString(
         "printf 'K/M:Km-s3cret\\nadmin/admin:Adm1n-s3cret' >/etc/orn/p; chmod %1 /etc/orn/p; %2"

@@ -31,7 +31,7 @@ struct RecordingElement : Element
 // The last call the tools have recorded, as many words of it as the expected one has.
 QString lastCall(const QString &expected)
 {
-    const QString log = toolCalls(readFile(qEnvironmentVariable("SANDBOX_LOG")));
+    const QString log = readFile(qEnvironmentVariable("SANDBOX_LOG"));
     return log.trimmed().section('\n', -1).section(' ', 0, expected.count(' '));
 }
 
@@ -95,15 +95,19 @@ class TestFormOnHost : public QObject
 {
     Q_OBJECT
 
+    QByteArray m_journalCursor;
+
 private slots:
     void initTestCase() { QVERIFY(sh("cp /etc/hosts /etc/pyx-hosts.default")); }
 
+    // The system's hostnamectl, its calls recorded.
     void init()
     {
-        QVERIFY(restoreSandboxTools());
-        QVERIFY(sh("rm -rf /etc/planted /etc/target /etc/orn/tempFile && chmod 755 /etc/orn && "
-                   "cp /etc/pyx-hosts.default /etc/hosts && hostname ws1 && : >/etc/pyx-tools.env "
-                   "&& : >$SANDBOX_LOG && : >$SANDBOX_JOURNAL"));
+        QVERIFY(restoreSandboxTools() && linkFake("hostnamectl", "faulty"));
+        QVERIFY(sh("rm -rf /etc/planted /etc/target /etc/orn/tempFile /usr/local/sbin/* && "
+                   "chmod 755 /etc/orn && cp /etc/pyx-hosts.default /etc/hosts && "
+                   "hostnamectl set-hostname ws1 && : >/etc/pyx-tools.env && : >$SANDBOX_LOG"));
+        m_journalCursor = journalCursor();
     }
 
     void press_data()
@@ -158,14 +162,15 @@ private slots:
                 .shows("Error OK").saying("Domain name contains a blank or a control character"),
             Row("no address").host("dc1").at("").saying("IP address is empty").shows("Error OK"),
             Row("host renamed behind the run").host("dc5").calls("hostnamectl [set-hostname] [dc5]")
-                .after("rm /usr/bin/hostnamectl && printf '#!/bin/sh\\n/run/sandbox/tools/"
-                       "hostnamectl \"$@\" && hostname \"$2-x\"\\n' >/usr/bin/hostnamectl && "
-                       "chmod +x /usr/bin/hostnamectl")
+                .after("mkdir -p /usr/local/sbin && printf '#!/bin/sh\\n/usr/bin/hostnamectl "
+                       "\"$@\" && hostname \"$2-x\"\\n' >/usr/local/sbin/hostnamectl && "
+                       "chmod +x /usr/local/sbin/hostnamectl")
                 .verify("! grep -q dc5 /etc/hosts").shows(created + ";Warning OK")
                 .saying("The host is called dc5-x, not dc5: /etc/hosts is left as it is and "
                         "orn-init is not started"),
             // Masking that holds whatever pieces the output arrives in: the pane shows the two.
             Row("password split across reads").after("ln -sf " + fakes + "/orn-init /usr/bin/")
+                .calls("orn-init")
                 .set("FAKE_ORN_INIT_OUT=K/M:Kdb-").set("FAKE_ORN_INIT_HOLD=1")
                 .set("FAKE_ORN_INIT_OUT2=2026!x\\n").saying("K/M:Kdb-\n2026!x").shows(created),
             // A fixed search path and a clean environment.
@@ -329,10 +334,19 @@ private slots:
         if (sh("grep -q '^orn-init ' $SANDBOX_LOG"))
             QCOMPARE(QHostInfo::localHostName(), row.hostname.isEmpty() ? "ws1" : row.hostname);
         QVERIFY2(sh(row.check), qPrintable(row.check));
-        // However its output came, the journal holds no password.
+        // However its output came, the journal holds no password; a run's record is whole once
+        // its end has come.
+        const auto entries = [this] { return journalEntries(journalRecord(m_journalCursor)); };
+        const auto ended = [&] {
+            for (const JournalEntry &entry : entries())
+                if (entry["PYX_STEP"] == "end")
+                    return true;
+            return false;
+        };
+        if (ran)
+            QTRY_VERIFY(ended());
         QString journal;
-        for (const JournalEntry &entry :
-             journalEntries(readFile(qEnvironmentVariable("SANDBOX_JOURNAL"))))
+        for (const JournalEntry &entry : entries())
             journal += entry["MESSAGE"].toString();
         QVERIFY2(!journal.contains(row.password) || row.password.isEmpty(), qPrintable(journal));
     }
