@@ -1,20 +1,14 @@
 #include "runjournal.h"
 
+#include "journalsocket.h"
 #include "latin1literal.h"
-
-#include <QVector>
 
 #include <algorithm>
 #include <utility>
 
-#include <sys/uio.h>
 #include <syslog.h>
 
-// Every entry comes from the same few lines here; the journal's own source location would say
-// nothing.
-#define SD_JOURNAL_SUPPRESS_LOCATION
 #include <systemd/sd-id128.h>
-#include <systemd/sd-journal.h>
 
 namespace {
 constexpr QLatin1String mask = latin1Literal("********");
@@ -191,21 +185,18 @@ void RunJournal::rebootRequested()
 
 void RunJournal::send(const char *step, int priority, const QString &message, const Fields &fields)
 {
-    QVector<QByteArray> lines{
-        QByteArrayLiteral("SYSLOG_IDENTIFIER=pyx-orn-server-plugin"),
-        QByteArrayLiteral("PRIORITY=") + QByteArray::number(priority),
-        QByteArrayLiteral("PYX_RUN_ID=") + _runId,
-        QByteArrayLiteral("PYX_STEP=") + step,
-        QByteArrayLiteral("MESSAGE=") + masked(message),
+    // No CODE_FILE, CODE_LINE or CODE_FUNC: every entry comes from these few lines, so they would
+    // say nothing.
+    JournalSocket::Fields entry{
+        {"PRIORITY", QByteArray::number(priority)},
+        {"PYX_STEP", step},
+        {"MESSAGE", masked(message)},
     };
     for (const auto &[name, value] : fields)
-        lines.append(QByteArray(name) + '=' + masked(value));
-    QVector<iovec> parts;
-    parts.reserve(lines.size());
-    for (QByteArray &line : lines)
-        parts.append({line.data(), size_t(line.size())});
-    // Without a journal the call fails at once; that changes nothing for the run.
-    sd_journal_sendv(parts.constData(), parts.size());
+        entry.append({name, masked(value)});
+    // Without a journal the entry is dropped at once; that changes nothing for the run.
+    JournalSocket::instance()->send(
+        {{"SYSLOG_IDENTIFIER", "pyx-orn-server-plugin"}, {"PYX_RUN_ID", _runId}}, entry);
 }
 
 QByteArray RunJournal::masked(const QString &value) const
