@@ -71,7 +71,8 @@ void TestInitRun::init()
     QVERIFY(restoreSandboxTools() && linkFake("orn-init") && linkFake("hostnamectl", "faulty"));
     QVERIFY(sh("rm -rf /etc/hosts /etc/h /etc/created /etc/orn /usr/local/sbin/orn-init && "
                "mkdir /etc/orn && cp /etc/pyx-hosts.default /etc/hosts && "
-               "hostnamectl set-hostname ws1 && : >$SANDBOX_LOG && : >/etc/pyx-tools.env"));
+               "pkill -CONT -x systemd-journal; hostnamectl set-hostname ws1 && : >$SANDBOX_LOG && "
+               ": >/etc/pyx-tools.env"));
     m_journalCursor = journalCursor();
 }
 
@@ -160,6 +161,9 @@ void TestInitRun::run_data()
     row("simulated tool crashes", simulated, mode("crash"), none, none, "", "true", "",
         "start password-file:written " + locked + "end:failed:crashed");
     row("simulated tool prints a megabyte", simulated, mode("flood:1"), none, none, ok);
+    // A journal that stops reading holds nothing up; what it was sent comes once it reads again.
+    row("journal stopped", simulated + " && pkill -STOP -x systemd-journal", mode("flood:1"), none,
+        none, ok, "pkill -CONT -x systemd-journal");
     // The simulated tool leaves a helper behind, which must not outlive the run either.
     // While the tool runs, logind lists the lock.
     const QString aborted = "start password-file:written " + locked + "end:failed:aborted";
