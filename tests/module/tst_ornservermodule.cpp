@@ -48,8 +48,7 @@ class TestOrnServerModule : public QObject
 private slots:
     void init()
     {
-        QVERIFY(restoreSandboxTools() && linkFake("dpkg-query", "faulty") &&
-                sh(": >$SANDBOX_LOG"));
+        QVERIFY(restoreSandboxTools() && linkFake("dpkg-query", "faulty") && sh(": >$SANDBOX_LOG"));
         FakeCore::complaint.clear();
         PyxOrnCore::instance()->setOrnCore(std::make_unique<FakeCore>());
         m_module = std::make_unique<OrnServiceModule>(nullptr);

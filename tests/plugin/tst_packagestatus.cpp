@@ -80,8 +80,7 @@ private slots:
         QTest::newRow("postinst failed")
             << QByteArray("orn-server-common half-configured") << none << PackageStatus::Installed;
         QTest::newRow("removed, conffile kept")
-            << QByteArray("orn-server-common config-files") << none
-            << PackageStatus::NotInstalled;
+            << QByteArray("orn-server-common config-files") << none << PackageStatus::NotInstalled;
         // Both records come without a line between them: not one package's answer.
         QTest::newRow("two architectures")
             << QByteArray(installed + " orn-server-common:i386 installed") << none

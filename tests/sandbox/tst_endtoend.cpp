@@ -38,7 +38,8 @@ void TestEndToEnd::createWithCustomNetworkSettings_data()
                        "--translations=" PYX_TEST_BINARY_DIR "/translations"}
         << "unlocked" << steps + "inhibitor:not-taken output " + end
         << "[OK] | [&Да] [&Нет] | [Закрыть] | [&Да] [&Нет]";
-    QTest::newRow("no journal") << QStringList{"--no-journal"} << "locked" << "" << english;
+    QTest::newRow("no journal") << QStringList{"--no-journal"} << "locked"
+                                << "" << english;
 }
 
 void TestEndToEnd::createWithCustomNetworkSettings()

@@ -94,8 +94,7 @@ void TestSandbox::tools_data()
     row("packages: as dpkg leaves them",
         "--package orn-server-dc=half-configured --package orn-admin=config-files "
         "--package orn-server-common:i386=installed",
-        packages + "; /run/sandbox/package orn-server-dc unpacked orn-admin missing && " +
-            packages,
+        packages + "; /run/sandbox/package orn-server-dc unpacked orn-admin missing && " + packages,
         "orn-admin deinstall ok config-files\norn-server-common install ok installed\n"
         "orn-server-common install ok installed\norn-server-dc install ok half-configured\n"
         "orn-server-common install ok installed\norn-server-common install ok installed\n"
