@@ -262,6 +262,10 @@ void TestInitRun::run()
     QTRY_COMPARE(entries().value(entries().size() - 1)["PYX_STEP"], "end");
     if (!journal.isNull())
         QCOMPARE(journalSummary(entries()), journal);
+    // A failed run is found among the warnings; one that succeeded is not.
+    const QString run = "PYX_RUN_ID=" + entries().value(0)["PYX_RUN_ID"].toString();
+    QCOMPARE(journalEntries(journalRecord({}, {"-p", "warning", run})).isEmpty(),
+             !journalSummary(entries()).contains("end:failed"));
 
     // logind lists the lock to the tool while it runs, and no more once the run has ended. A
     // tool never started takes none.

@@ -192,10 +192,13 @@ inline QList<JournalEntry> journalEntries(const QByteArray &record)
 }
 
 // Inside the sandbox: the plug-in's entries in the journal, read back as an administrator reads
-// them, after the one at `cursor` (all for none).
-inline QByteArray journalRecord(const QByteArray &cursor = {})
+// them, after the one at `cursor` (all for none), and as `matches` choose. journalctl skips the
+// first entry after a cursor that the matches leave out, so the two do not go together.
+inline QByteArray journalRecord(const QByteArray &cursor = {}, const QStringList &matches = {})
 {
-    QStringList arguments{"-q", "--no-pager", "-o", "json", "--all", "-t", "pyx-orn-server-plugin"};
+    QStringList arguments =
+        QStringList{"-q", "--no-pager", "-o", "json", "--all", "-t", "pyx-orn-server-plugin"} +
+        matches;
     if (!cursor.isEmpty())
         arguments << "--after-cursor=" + QString::fromUtf8(cursor);
     return runProgram("/usr/bin/journalctl", arguments).out;
