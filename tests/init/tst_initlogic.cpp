@@ -162,16 +162,17 @@ private slots:
         JournalReceiver journal(dir.filePath("socket"));
         JournalSocket socket(dir.filePath("socket"), limit);
         const int count = 20000;
-        QElapsedTimer timer;
-        timer.start();
+        qint64 longest = 0;
         for (int i = 0; i < count; ++i) {
             // Room at the journal while entries still wait: the last must not overtake them.
             if (i == count - 1)
                 journal.receive();
+            QElapsedTimer timer;
+            timer.start();
             socket.send(identity, {{"PRIORITY", "6"}, {"MESSAGE", entryText(i)}});
+            longest = std::max(longest, timer.elapsed());
         }
-        QVERIFY2(timer.elapsed() < 1000,
-                 QByteArray(QByteArray::number(timer.elapsed()) + " ms").constData());
+        QVERIFY2(longest < 100, QByteArray(QByteArray::number(longest) + " ms").constData());
         QVERIFY(socket.pendingBytes() > 0);
         const auto warned = [&] {
             return !journal.entries.isEmpty() &&
