@@ -3,6 +3,7 @@
 // run where the mounts or the host name are the real host's.
 #include "initrequest.h"
 #include "initserverdialog.h"
+#include "journalsocket.h"
 #include "sandboxprocess.h"
 #include "secretfile.h"
 
@@ -59,6 +60,11 @@ private slots:
     void run_data();
     void run();
     void creationMode();
+    void journalFlood_data();
+    void journalFlood();
+    void journalValues_data();
+    void journalValues();
+    void journalAbsent();
 
 private:
     QByteArray m_journalCursor;
@@ -317,6 +323,110 @@ void TestInitRun::creationMode()
     QCOMPARE(::read(watch, events, sizeof events), ssize_t(-1));
     ::close(watch);
     QCOMPARE(status.st_mode & 07777, mode_t(0600));
+}
+
+namespace {
+
+// An entry of the journal socket's tests, found again by its run's identifier.
+JournalSocket::Fields identity(const QByteArray &run)
+{
+    return {{"SYSLOG_IDENTIFIER", "pyx-orn-server-plugin"}, {"PYX_RUN_ID", run}};
+}
+
+QStringList messages(const QByteArray &run)
+{
+    QStringList found;
+    if (sh("/run/sandbox/journal-sync"))
+        for (const JournalEntry &entry :
+             journalEntries(journalRecord({}, {"PYX_RUN_ID=" + QString::fromUtf8(run)})))
+            found << entry["MESSAGE"].toString();
+    return found;
+}
+
+} // namespace
+
+// A journald that stops reading holds up no send; once it reads again it gets the entries in
+// order, or those the bound kept and then how many were lost.
+void TestInitRun::journalFlood_data()
+{
+    QTest::addColumn<qint64>("limit");
+    QTest::newRow("all kept") << JournalSocket::defaultQueueLimit;
+    QTest::newRow("past the bound") << qint64(64 * 1024);
+}
+
+void TestInitRun::journalFlood()
+{
+    QFETCH(qint64, limit);
+    const QByteArray run = QTest::currentDataTag();
+    JournalSocket socket(JournalSocket::defaultPath(), limit);
+    QVERIFY(sh("pkill -STOP -x systemd-journal"));
+    const int count = 5000;
+    qint64 longest = 0;
+    QStringList sent;
+    for (int i = 0; i < count; ++i) {
+        // The last one comes once the journal has room again while entries still wait: it must
+        // not overtake them.
+        if (i == count - 1)
+            QVERIFY(sh("pkill -CONT -x systemd-journal && sleep 0.2"));
+        QElapsedTimer timer;
+        timer.start();
+        socket.send(identity(run), {{"PRIORITY", "6"}, {"MESSAGE", QByteArray::number(i)}});
+        longest = std::max(longest, timer.elapsed());
+        sent << QString::number(i);
+    }
+    QVERIFY2(longest < 100, qPrintable(QString("%1 ms").arg(longest)));
+    QVERIFY(socket.pendingBytes() > 0);
+    QTRY_COMPARE_WITH_TIMEOUT(socket.pendingBytes(), 0, 20000);
+    const QStringList taken = messages(run);
+    if (limit < JournalSocket::defaultQueueLimit) {
+        const int kept = taken.size() - 1;
+        QVERIFY(kept > 0 && kept < count);
+        sent = sent.mid(0, kept) << QString("Journal entries lost, as the journal did not take "
+                                            "them in time: %1")
+                                        .arg(count - kept);
+    }
+    QCOMPARE(taken, sent);
+}
+
+// A value with line feeds, and one larger than a datagram, which goes in a sealed memory file;
+// nothing of the socket stays open after it.
+void TestInitRun::journalValues_data()
+{
+    QTest::addColumn<QByteArray>("value");
+    QTest::newRow("line feeds") << QByteArray("two\nlines\n");
+    QTest::newRow("several MB") << QByteArray(9000000, 'x') + "\n=y";
+}
+
+void TestInitRun::journalValues()
+{
+    QFETCH(QByteArray, value);
+    const QByteArray run = QTest::currentDataTag();
+    const auto descriptors = [] {
+        return QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size();
+    };
+    const int before = descriptors();
+    {
+        JournalSocket socket;
+        socket.send(identity(run), {{"MESSAGE", value}});
+        QCOMPARE(socket.pendingBytes(), 0);
+    }
+    QCOMPARE(descriptors(), before);
+    QCOMPARE(messages(run), QStringList(QString::fromUtf8(value)));
+}
+
+// Without a journal an entry is dropped at once; one that comes later is found.
+void TestInitRun::journalAbsent()
+{
+    const QString path = "/run/sandbox/later-journal";
+    JournalSocket socket(path);
+    QElapsedTimer timer;
+    timer.start();
+    socket.send(identity("absent"), {{"MESSAGE", "dropped"}});
+    QVERIFY(timer.elapsed() < 100);
+    QCOMPARE(socket.pendingBytes(), 0);
+    QVERIFY(sh("ln -s /run/systemd/journal/socket " + path));
+    socket.send(identity("absent"), {{"MESSAGE", "taken"}});
+    QCOMPARE(messages("absent"), QStringList("taken"));
 }
 
 // The simulated tool leaves a helper behind; neither may outlive the run.

@@ -55,10 +55,7 @@ private slots:
         const QByteArray ok = "p\t1\tinstall ok installed";
         QTest::newRow("installed") << ok << yes;
         QTest::newRow("unpacked") << QByteArray("p\t1\tinstall ok unpacked") << yes;
-        QTest::newRow("half-configured") << QByteArray("p\t1\tinstall ok half-configured") << yes;
-        QTest::newRow("config-files") << QByteArray("p\t1\tdeinstall ok config-files") << no;
         QTest::newRow("hold") << QByteArray("p\t1\thold ok installed") << no;
-        QTest::newRow("two records run together") << QByteArray(ok + ok) << no;
         QTest::newRow("empty") << QByteArray() << no;
         QTest::newRow("text ends at NUL") << QByteArray(ok + '\0' + "\tmore") << yes;
     }

@@ -207,10 +207,7 @@ inline QByteArray journalRecord(const QByteArray &cursor = {}, const QStringList
 // Inside the sandbox: where the plug-in's entries in the journal end now, for journalRecord().
 inline QByteArray journalCursor()
 {
-    const QByteArray last =
-        runProgram("/usr/bin/journalctl",
-                   {"-q", "--no-pager", "-o", "json", "-n", "1", "-t", "pyx-orn-server-plugin"})
-            .out;
+    const QByteArray last = journalRecord({}, {"-n", "1"});
     return journalEntries(last).value(0)["__CURSOR"].toString().toUtf8();
 }
 
