@@ -43,8 +43,8 @@ inline SandboxRun runSandbox(const QStringList &options, const QStringList &comm
                       sandboxServices + options + QStringList{"--"} + command);
 }
 
-// Where namespaces are not available, sandbox/run and the test executables return 77, which
-// CTest counts as a skip.
+// Where the sandbox cannot run (not root, or no namespaces), sandbox/run and the test executables
+// return 77, which CTest counts as a skip.
 inline bool sandboxAvailable()
 {
     const SandboxRun probe = runSandbox({}, {"true"});
@@ -54,7 +54,7 @@ inline bool sandboxAvailable()
 }
 
 // A test program that must run on the simulated host starts itself again inside sandbox/run and
-// returns what the inner run returned (77, no namespaces here, passes through as a skip).
+// returns what the inner run returned (77, no sandbox here, passes through as a skip).
 // Returns -1 when this process already runs inside.
 inline int runInsideSandbox(int argc, char *argv[], const QStringList &options)
 {
