@@ -6,8 +6,7 @@
 #include <QDBusUnixFileDescriptor>
 #include <QVariant>
 
-#include <fcntl.h>
-#include <unistd.h>
+#include <utility>
 
 namespace {
 // logind answers at once; a bus that does not must not keep the run from starting.
@@ -44,11 +43,9 @@ QString InhibitorLock::take(const QString &what, const QString &who, const QStri
                        !answer.value<QDBusUnixFileDescriptor>().isValid()) {
                 error = QStringLiteral("logind answered without a descriptor");
             } else {
-                // Qt closes its own copies with the reply.
-                _fd = ::fcntl(answer.value<QDBusUnixFileDescriptor>().fileDescriptor(),
-                              F_DUPFD_CLOEXEC, 3);
-                if (_fd < 0)
-                    error = QStringLiteral("cannot keep the lock's descriptor");
+                // A copy of the reply's own, which libdbus received close-on-exec; the lock
+                // outlives the reply as long as this copy is kept.
+                _descriptor = answer.value<QDBusUnixFileDescriptor>();
             }
         }
     }
@@ -58,9 +55,6 @@ QString InhibitorLock::take(const QString &what, const QString &who, const QStri
 
 bool InhibitorLock::release()
 {
-    if (_fd < 0)
-        return false;
-    ::close(_fd);
-    _fd = -1;
-    return true;
+    // Closed with its last copy.
+    return std::exchange(_descriptor, QDBusUnixFileDescriptor()).isValid();
 }

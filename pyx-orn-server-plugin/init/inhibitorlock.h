@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusUnixFileDescriptor>
 #include <QString>
 
 // A lock that asks logind to hold off shutdown, sleep and the like for as long as it is held:
@@ -8,11 +9,6 @@
 class InhibitorLock
 {
 public:
-    InhibitorLock() = default;
-    InhibitorLock(const InhibitorLock &) = delete;
-    InhibitorLock &operator=(const InhibitorLock &) = delete;
-    ~InhibitorLock() { release(); }
-
     // Asks logind on the system bus, waiting at most a few seconds. Returns why no lock was
     // taken, or an empty text.
     QString take(const QString &what, const QString &who, const QString &why,
@@ -21,5 +17,5 @@ public:
     bool release();
 
 private:
-    int _fd = -1;
+    QDBusUnixFileDescriptor _descriptor;
 };
