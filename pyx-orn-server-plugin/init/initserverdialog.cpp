@@ -428,19 +428,17 @@ void InitServerDialog::endRun()
         _journal.inhibitorReleased();
     if (std::exchange(_runEnded, true))
         return;
-    RunJournal::Outcome outcome = RunJournal::Outcome::Exited;
-    QString startError = _process.errorString();
-    if (!_withheldBecause.isEmpty()) {
-        outcome = RunJournal::Outcome::NotStarted;
-        startError = _withheldBecause;
-    } else if (_process.error() == QProcess::FailedToStart) {
-        outcome = RunJournal::Outcome::NotStarted;
-    } else if (_stopped) {
-        outcome = RunJournal::Outcome::Aborted;
-    } else if (_process.exitStatus() == QProcess::CrashExit) {
-        outcome = RunJournal::Outcome::Crashed;
-    }
-    _journal.ended(outcome, _process.exitCode(), toolSucceeded(), startError);
+    if (!_withheldBecause.isEmpty())
+        _journal.ended(RunJournal::NotStarted{_withheldBecause});
+    else if (_process.error() == QProcess::FailedToStart)
+        _journal.ended(RunJournal::NotStarted{_process.errorString()});
+    // A tool that had succeeded just before Abort came created the server all the same.
+    else if (_stopped && !toolSucceeded())
+        _journal.ended(RunJournal::Aborted{});
+    else if (_process.exitStatus() == QProcess::CrashExit)
+        _journal.ended(RunJournal::Crashed{});
+    else
+        _journal.ended(RunJournal::Exited{_process.exitCode()});
 }
 
 // A tool that never ran, or was killed, has no exit code to believe.

@@ -45,8 +45,8 @@ public:
     // Ignored while the tool runs.
     void reject() override;
 
-    // The run's record in the system journal, for what follows it (a reboot).
-    RunJournal &journal() { return _journal; }
+    // Where the run's record in the system journal is found, for what follows it (a reboot).
+    const QByteArray &runId() const { return _journal.runId(); }
 
 signals:
     void hostnameChanged();

@@ -17,6 +17,36 @@ QString yesNo(bool value)
 {
     return value ? QStringLiteral("yes") : QStringLiteral("no");
 }
+
+// What the last entry says of each way a run can end, into `fields` and as its text. A way left
+// out does not compile.
+using Fields = QList<QPair<const char *, QString>>;
+
+QString endText(const RunJournal::Exited &end, Fields &fields)
+{
+    fields.append({"PYX_OUTCOME", QStringLiteral("exited")});
+    fields.append({"PYX_EXIT_CODE", QString::number(end.exitCode)});
+    return QStringLiteral("orn-init exited with code %1").arg(end.exitCode);
+}
+
+QString endText(const RunJournal::Crashed &, Fields &fields)
+{
+    fields.append({"PYX_OUTCOME", QStringLiteral("crashed")});
+    return QStringLiteral("orn-init crashed");
+}
+
+QString endText(const RunJournal::Aborted &, Fields &fields)
+{
+    fields.append({"PYX_OUTCOME", QStringLiteral("aborted")});
+    return QStringLiteral("orn-init was stopped: the run was aborted");
+}
+
+QString endText(const RunJournal::NotStarted &end, Fields &fields)
+{
+    fields.append({"PYX_OUTCOME", QStringLiteral("not-started")});
+    fields.append({"PYX_START_ERROR", end.why});
+    return QStringLiteral("orn-init could not be started: %1").arg(end.why);
+}
 } // namespace
 
 RunJournal::RunJournal(const QStringList &secrets)
@@ -33,6 +63,10 @@ RunJournal::RunJournal(const QStringList &secrets)
     if (sd_id128_randomize(&id) == 0)
         _runId = sd_id128_to_string(id, text);
 }
+
+RunJournal::RunJournal(const QByteArray &runId)
+    : _runId(runId)
+{}
 
 void RunJournal::started(bool customNetworkSettings, const QString &hostname,
                          const QString &serverName, const QString &ipAddress)
@@ -143,34 +177,16 @@ void RunJournal::sendOutput(const QString &text, bool standardError)
          {{"PYX_CHANNEL", standardError ? QStringLiteral("stderr") : QStringLiteral("stdout")}});
 }
 
-void RunJournal::ended(Outcome outcome, int exitCode, bool success, const QString &startError)
+void RunJournal::ended(const Outcome &outcome)
 {
     for (const bool standardError : {false, true}) {
         if (!_partialLine[standardError].isEmpty())
             sendOutput(std::exchange(_partialLine[standardError], QString()), standardError);
     }
+    const auto *exited = std::get_if<Exited>(&outcome);
+    const bool success = exited && exited->exitCode == 0;
     Fields fields{{"PYX_RESULT", success ? QStringLiteral("succeeded") : QStringLiteral("failed")}};
-    QString text;
-    switch (outcome) {
-    case Outcome::Exited:
-        fields.append({"PYX_OUTCOME", QStringLiteral("exited")});
-        fields.append({"PYX_EXIT_CODE", QString::number(exitCode)});
-        text = QStringLiteral("orn-init exited with code %1").arg(exitCode);
-        break;
-    case Outcome::Crashed:
-        fields.append({"PYX_OUTCOME", QStringLiteral("crashed")});
-        text = QStringLiteral("orn-init crashed");
-        break;
-    case Outcome::Aborted:
-        fields.append({"PYX_OUTCOME", QStringLiteral("aborted")});
-        text = QStringLiteral("orn-init was stopped: the run was aborted");
-        break;
-    case Outcome::NotStarted:
-        fields.append({"PYX_OUTCOME", QStringLiteral("not-started")});
-        fields.append({"PYX_START_ERROR", startError});
-        text = QStringLiteral("orn-init could not be started: %1").arg(startError);
-        break;
-    }
+    QString text = std::visit([&fields](const auto &end) { return endText(end, fields); }, outcome);
     text += success ? QStringLiteral("; the server was created")
                     : QStringLiteral("; the server was not created");
     send("end", success ? LOG_NOTICE : LOG_ERR, text, fields);

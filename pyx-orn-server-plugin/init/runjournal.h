@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <variant>
+
 // The record that one initialisation run leaves in the system journal, under the identifier
 // "pyx-orn-server-plugin": where it started, what each step did, everything the tool said, how
 // it ended. Every entry carries the run's PYX_RUN_ID and a PYX_STEP; the passwords are masked in
@@ -13,8 +15,10 @@
 class RunJournal
 {
 public:
-    // `secrets` never reach an entry.
+    // A new run's record; `secrets` never reach an entry.
     explicit RunJournal(const QStringList &secrets);
+    // The record of the run `runId`, for what follows its end (a reboot). It knows no secrets.
+    explicit RunJournal(const QByteArray &runId);
 
     const QByteArray &runId() const { return _runId; }
 
@@ -35,9 +39,26 @@ public:
     // entry: a password that arrives in two pieces is masked all the same. A line without its end
     // waits for the next piece of its channel, or for the end of the run.
     void output(const QString &text, bool standardError);
-    enum class Outcome { Exited, Crashed, Aborted, NotStarted };
-    // `startError`: why a tool that never started could not.
-    void ended(Outcome outcome, int exitCode, bool success, const QString &startError);
+    // How the run ended, each way with what it has to tell. Only a tool that exited with code 0
+    // created the server.
+    struct Exited
+    {
+        int exitCode;
+    };
+    struct Crashed
+    {
+    };
+    // Stopped by Abort or by the dialog's end.
+    struct Aborted
+    {
+    };
+    struct NotStarted
+    {
+        // Why it could not start, or why it was not started.
+        QString why;
+    };
+    using Outcome = std::variant<Exited, Crashed, Aborted, NotStarted>;
+    void ended(const Outcome &outcome);
     void rebootRequested();
 
 private:

@@ -9,6 +9,7 @@
 #include "hostnamerule.h"
 #include "initrequest.h"
 #include "initserverdialog.h"
+#include "runjournal.h"
 #include "serverproperties.h"
 #include "systemprogram.h"
 
@@ -246,7 +247,7 @@ void OrnServerWidget::createServer()
     if (askYesNo(this, QMessageBox::Question, tr("Reboot"),
                  tr("Hostname was changed. For correct operation of the system you must "
                     "reboot.\nDo you want reboot now?")) == QMessageBox::Yes) {
-        dialog.journal().rebootRequested();
+        RunJournal(dialog.runId()).rebootRequested();
         reboot();
     }
 }
