@@ -5,7 +5,7 @@
 // inside sandbox/run, and there once more under strace ("--drive") for each run of the dialog.
 #include "initrequest.h"
 #include "initserverdialog.h"
-#include "sandboxprocess.h"
+#include "simulatedtools.h"
 
 #include <QtTest>
 #include <QtWidgets>

@@ -4,7 +4,8 @@
 #include "initrequest.h"
 #include "initserverdialog.h"
 #include "journalsocket.h"
-#include "sandboxprocess.h"
+#include "journalrecord.h"
+#include "simulatedtools.h"
 #include "secretfile.h"
 
 #include <QtTest>

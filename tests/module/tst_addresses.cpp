@@ -3,7 +3,7 @@
 #include "ornserverreadheavytast.h"
 #include "ornservicemodule.h"
 #include "pyxorncore.h"
-#include "sandboxprocess.h"
+#include "sandboxrun.h"
 
 #include <QApplication>
 #include <QtTest>

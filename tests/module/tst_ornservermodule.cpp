@@ -5,7 +5,7 @@
 #include "ornserverreadheavytast.h"
 #include "ornservicemodule.h"
 #include "pyxorncore.h"
-#include "sandboxprocess.h"
+#include "simulatedtools.h"
 #include "taskobserver.h"
 
 #include <QApplication>

@@ -1,7 +1,7 @@
 // The packages of `make deb`, installed by the package tool into the simulated host's /usr, and
 // the installed console started from there with no path given: it must find the installed
 // plug-in, the libraries of both packages and the plug-in's catalogue by itself.
-#include "sandboxprocess.h"
+#include "sandboxrun.h"
 
 #include <QImage>
 #include <QtTest>

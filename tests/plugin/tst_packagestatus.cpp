@@ -1,6 +1,6 @@
 #include "ornserverplugin.h"
 #include "packagestatus.h"
-#include "sandboxprocess.h"
+#include "simulatedtools.h"
 
 #include <QApplication>
 #include <QtTest>

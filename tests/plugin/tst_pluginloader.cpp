@@ -1,7 +1,7 @@
 #include "nodetreemodel.h"
 #include "plugin.h"
 #include "pluginregistry.h"
-#include "sandboxprocess.h"
+#include "sandboxrun.h"
 
 #include <QApplication>
 #include <QtTest>

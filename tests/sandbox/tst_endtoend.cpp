@@ -1,6 +1,7 @@
 // A whole creation through the real console and the real plug-in on the simulated host, checked
 // afterwards the way an administrator would check the machine.
-#include "sandboxprocess.h"
+#include "journalrecord.h"
+#include "simulatedtools.h"
 
 #include <QtTest>
 

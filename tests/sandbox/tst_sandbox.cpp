@@ -2,7 +2,7 @@
 // packages are there as the plug-in's system tests assume, and the simulated tools are as strict
 // as those tests assume. The reboot command and the failure modes are exercised by those tests.
 #include "hostorncore.h"
-#include "sandboxprocess.h"
+#include "journalrecord.h"
 
 #include <QtTest>
 

@@ -7,7 +7,8 @@
 #include "elementdata.h"
 #include "module.h"
 #include "ornserverwidget.h"
-#include "sandboxprocess.h"
+#include "journalrecord.h"
+#include "simulatedtools.h"
 
 #include <QtTest>
 #include <QtWidgets>

@@ -1,5 +1,7 @@
 #pragma once
 
+// Programs run to their end, the sandbox started, and a suite started again inside it; what a
+// process left behind.
 #include <QtCore>
 
 #include <cstdio>
@@ -116,121 +118,10 @@ inline bool sh(const QString &script)
     return !QProcess::execute("/bin/sh", {"-c", "PATH=/usr/sbin:/usr/bin:/sbin:/bin\n" + script});
 }
 
-// Inside the sandbox: the settings the simulated tools (and the fakes linked over them) read
-// from now on, NAME=VALUE each, in place of those set before.
-inline bool setSandboxSettings(const QStringList &settings)
-{
-    QByteArray text;
-    for (const QString &setting : settings)
-        text += setting.section('=', 0, 0).toUtf8() + "='" +
-                setting.section('=', 1).replace("'", "'\\''").toUtf8() + "'\n";
-    QFile file("/run/sandbox/settings");
-    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
-}
-
-// Inside the sandbox: every simulated tool back in /usr/bin, and the system's programs that a
-// case may replace, after a case replaced or removed some; no settings of an earlier case.
-inline bool restoreSandboxTools()
-{
-    return sh("rm -f /run/sandbox/settings /run/sandbox/release && "
-              "for tool in /run/sandbox/tools/* /run/sandbox/usr/bin/dpkg-query "
-              "/run/sandbox/usr/bin/hostnamectl; do ln -sf \"$tool\" /usr/bin/; done");
-}
-
-// Inside the sandbox: a stand-in of tests/fakes linked over the program of that name; `fake`
-// names another stand-in, such as "faulty" for a system program's faults.
-inline bool linkFake(const QString &tool, const QString &fake = {})
-{
-    return sh(QString("ln -sf %1/%2 /usr/bin/%3")
-                  .arg(PYX_TEST_FAKES_DIR, fake.isEmpty() ? tool : fake, tool));
-}
-
 inline QByteArray readFile(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-// What the simulated orn-init saw of the plug-in's inhibitor lock while it ran, by its line of
-// the call log: "locked" (logind listed one blocking lock on shutdown, sleep, idle and the lid
-// switch), "unlocked", or "no tool" where it never ran.
-inline QString lockDuringTool(const QByteArray &log)
-{
-    const int call = log.indexOf("orn-init [");
-    if (call < 0)
-        return "no tool";
-    const QByteArray line = log.mid(call, log.indexOf('\n', call) - call);
-    const QByteArray locks = line.mid(line.indexOf("{INHIBITORS=")).replace("\\n", "\n");
-    return locks.count(" shutdown:sleep:idle:handle-lid-switch ") == 1 &&
-                   locks.simplified().endsWith(" block}")
-               ? "locked"
-               : "unlocked";
-}
-
-using JournalEntry = QJsonObject;
-
-// The entries of journalctl -o json, an object a line. A value that is not printable text (the
-// tool's colours, say) comes as an array of its bytes; it is read back as text.
-inline QList<JournalEntry> journalEntries(const QByteArray &record)
-{
-    QList<JournalEntry> entries;
-    for (const QByteArray &line : record.split('\n')) {
-        if (line.isEmpty())
-            continue;
-        JournalEntry entry = QJsonDocument::fromJson(line).object();
-        for (auto field = entry.begin(); field != entry.end(); ++field) {
-            if (!field->isArray())
-                continue;
-            QByteArray bytes;
-            for (const QJsonValue &byte : field->toArray())
-                bytes += char(byte.toInt());
-            *field = QString::fromUtf8(bytes);
-        }
-        entries << entry;
-    }
-    return entries;
-}
-
-// Inside the sandbox: the plug-in's entries in the journal, read back as an administrator reads
-// them, after the one at `cursor` (all for none), and as `matches` choose. journalctl skips the
-// first entry after a cursor that the matches leave out, so the two do not go together.
-inline QByteArray journalRecord(const QByteArray &cursor = {}, const QStringList &matches = {})
-{
-    QStringList arguments =
-        QStringList{"-q", "--no-pager", "-o", "json", "--all", "-t", "pyx-orn-server-plugin"} +
-        matches;
-    if (!cursor.isEmpty())
-        arguments << "--after-cursor=" + QString::fromUtf8(cursor);
-    return runProgram("/usr/bin/journalctl", arguments).out;
-}
-
-// Inside the sandbox: where the plug-in's entries in the journal end now, for journalRecord().
-inline QByteArray journalCursor()
-{
-    const QByteArray last = journalRecord({}, {"-n", "1"});
-    return journalEntries(last).value(0)["__CURSOR"].toString().toUtf8();
-}
-
-// What the entries of one run say, an entry a word: PYX_STEP, then PYX_RESULT, PYX_OUTCOME,
-// PYX_EXIT_CODE and PYX_HOSTS_REPLACED where present, joined by ':'; output entries in a row make
-// one word "output". Every entry must come from the program and carry the run's identifier.
-inline QString journalSummary(const QList<JournalEntry> &entries)
-{
-    QStringList words;
-    for (const JournalEntry &entry : entries) {
-        if (entry["SYSLOG_IDENTIFIER"] != "pyx-orn-server-plugin" ||
-            entry["PYX_RUN_ID"] != entries.first()["PYX_RUN_ID"] ||
-            entry["PYX_RUN_ID"].toString().size() != 32)
-            return "an entry of another program or run: " + entry["MESSAGE"].toString();
-        QStringList word{entry["PYX_STEP"].toString()};
-        for (const char *name :
-             {"PYX_RESULT", "PYX_OUTCOME", "PYX_EXIT_CODE", "PYX_HOSTS_REPLACED"})
-            if (entry.contains(name))
-                word << entry[name].toString();
-        if (word.join(':') != "output" || words.value(words.size() - 1) != "output")
-            words << word.join(':');
-    }
-    return words.join(' ');
 }
 
 // This process's children as "pid state" (R, S, Z...): one still running or not yet reaped shows.
