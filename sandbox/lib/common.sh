@@ -33,6 +33,15 @@ sandbox_log() {
     fi
 }
 
+# The descriptors the calling shell has open, "fd:target" each: those it was started with, but for
+# bash's own copy of its script (255) and the pipe of the command substitution around this call.
+sandbox_descriptors() {
+    local fd
+    for fd in /proc/$$/fd/*; do
+        printf '%s:%s ' "${fd##*/}" "$(readlink "$fd")"
+    done
+}
+
 # The tool's failure mode: SANDBOX_MODE_<TOOL> (upper case, _ for -) of the settings, else ok.
 sandbox_mode() {
     local name

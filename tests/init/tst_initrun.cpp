@@ -284,8 +284,8 @@ void TestInitRun::run()
     QCOMPARE(journalEntries(journalRecord({}, {"-p", "warning", run})).isEmpty(),
              !summary.contains("end:failed"));
 
-    // logind lists the lock to the tool while it runs, and no more once the run has ended. A
-    // tool never started takes none.
+    // logind lists the lock to the tool while it runs, and no more once the run has ended; the
+    // tool inherits no descriptor of it. A tool never started takes none.
     QCOMPARE(lockDuringTool(readFile(qEnvironmentVariable("SANDBOX_LOG"))),
              summary.contains("inhibitor:taken") ? "locked" : "no tool");
     QTRY_COMPARE(runProgram("/usr/bin/systemd-inhibit", {"--list", "--no-legend"}).out, "");

@@ -35,16 +35,23 @@ inline bool linkFake(const QString &tool, const QString &fake = {})
 
 // What the simulated orn-init saw of the plug-in's inhibitor lock while it ran, by its line of
 // the call log: "locked" (logind listed one blocking lock on shutdown, sleep, idle and the lid
-// switch), "unlocked", or "no tool" where it never ran.
+// switch), "unlocked", or "no tool" where it never ran; " and inherited" follows where the tool
+// was started holding a descriptor of a logind lock, which would keep the lock past the run (a
+// service the tool restarts would hold off shutdown for good).
 inline QString lockDuringTool(const QByteArray &log)
 {
     const int call = log.indexOf("orn-init [");
     if (call < 0)
         return "no tool";
     const QByteArray line = log.mid(call, log.indexOf('\n', call) - call);
-    const QByteArray locks = line.mid(line.indexOf("{INHIBITORS=")).replace("\\n", "\n");
-    return locks.count(" shutdown:sleep:idle:handle-lid-switch ") == 1 &&
-                   locks.simplified().endsWith(" block}")
-               ? "locked"
-               : "unlocked";
+    const int listed = line.indexOf("{FDS=0:"), inhibitors = line.indexOf("{INHIBITORS=");
+    if (listed < 0 || inhibitors < listed)
+        return "descriptors not listed";
+    const QByteArray descriptors = line.mid(listed, inhibitors - listed);
+    const QByteArray locks = line.mid(inhibitors).replace("\\n", "\n");
+    return QString(locks.count(" shutdown:sleep:idle:handle-lid-switch ") == 1 &&
+                           locks.simplified().endsWith(" block}")
+                       ? "locked"
+                       : "unlocked") +
+           (descriptors.contains(":/run/systemd/inhibit/") ? " and inherited" : "");
 }
