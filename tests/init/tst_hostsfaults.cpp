@@ -72,7 +72,31 @@ std::pair<QString, QStringList> runDrive(const QStringList &injections)
     return {QString::fromUtf8(run.out), QString::fromUtf8(readFile(strace)).split('\n')};
 }
 
+// One fault and what it comes to; each setter reads as part of a sentence.
+struct Fault
+{
+    explicit Fault(const char *name = "")
+        : tag(name)
+    {}
+
+    QString tag;
+    QString setup; // a shell script, before each run
+    // SYSCALL:ERRNO:first|last:FILE, FILE a pattern for the call's file; the call is found in a
+    // run with the injections before it.
+    QStringList injections;
+    QString seen; // a pattern in strace's log: the fault struck where meant
+    QString pane;
+    bool replaced = false; // /etc/hosts holds the new bytes, else the old ones
+
+    Fault &after(const QString &script) { return setup = script, *this; }
+    Fault &failing(const QStringList &calls) { return injections = calls, *this; }
+    Fault &seenAs(const QString &pattern) { return seen = pattern, *this; }
+    Fault &shows(const QString &text) { return pane = text, *this; }
+    Fault &replaces() { return replaced = true, *this; }
+};
+
 } // namespace
+Q_DECLARE_METATYPE(Fault)
 
 class TestHostsFaults : public QObject
 {
@@ -108,13 +132,7 @@ private:
 
 void TestHostsFaults::faults_data()
 {
-    QTest::addColumn<QString>("setup");
-    // SYSCALL:ERRNO:first|last:FILE, FILE a pattern for the call's file; the call is found in
-    // a run with the injections before it.
-    QTest::addColumn<QStringList>("injections");
-    QTest::addColumn<QString>("seen"); // a pattern in strace's log: the fault struck where meant
-    QTest::addColumn<QString>("pane");
-    QTest::addColumn<bool>("replaced");
+    QTest::addColumn<Fault>("row");
     const QString small = "mount -t tmpfs -o size=8k tmpfs /etc/small && ";
     const QString moved = small + "mv /etc/hosts /etc/small && ln -s small/hosts /etc/hosts";
     const QString bind =
@@ -123,49 +141,53 @@ void TestHostsFaults::faults_data()
     const QString unopened = "File /etc/hosts can not be opened";
     const QString unwritten = "Write error in file /etc/hosts";
     const QString busy = R"(rename\("/etc/\.hosts\.\w{6}", "/etc/hosts"\) = -1 EBUSY)";
-    const auto row = [](const char *name, const QString &setup, const QStringList &injections,
-                        const QString &seen, const QString &pane, bool replaced) {
-        QTest::newRow(name) << setup << injections << seen << pane << replaced;
+    // clang-format off
+    const QList<Fault> rows = {
+        // The new file takes a page and a bit: the first write fills the free page, the next
+        // fails.
+        Fault("file system full").after(moved)
+            .seenAs(R"(write\(\d+</etc/small/\.hosts\.\w{6}>, .*\) = 4096\n)"
+                    R"(write\(\d+</etc/small/\.hosts\.\w{6}>, .*\) = -1 ENOSPC)")
+            .shows(unwritten),
+        Fault("file system read-only").after(moved + " && mount -o remount,ro /etc/small")
+            .seenAs(R"("/etc/small/\.hosts\.\w{6}", .*\) = -1 EROFS)").shows(unopened),
+        Fault("folder immutable").after(moved + " && chattr +i /etc/small")
+            .seenAs(R"("/etc/small/\.hosts\.\w{6}", .*\) = -1 EPERM)").shows(unopened),
+        // The new file's calls, failed one at a time. A regular file takes all its bytes in one
+        // write(): first and last are the same call here, the full file system above splits them.
+        Fault("write fails").failing({"write:EIO:first:" + tempFile}).shows(unwritten),
+        Fault("fchown fails").failing({"fchown:EPERM:first:" + tempFile}).shows(unwritten),
+        Fault("fchmod fails").failing({"fchmod:EPERM:first:" + tempFile}).shows(unwritten),
+        Fault("fsync fails").failing({"fsync:EIO:first:" + tempFile}).shows(unwritten),
+        Fault("rename fails").failing({"rename:EIO:first:" + tempFile}).shows(unwritten),
+        // The new name is in place; only its way to the disk is in doubt.
+        Fault("fsync of the folder fails").failing({"fsync:EIO:last:^/etc$"}).replaces(),
+        // Mounted over, the file can only be rewritten in place: its first write brings the new
+        // bytes, its last one, after a failure, the old ones back.
+        Fault("mounted over").after(bind).seenAs(busy).replaces(),
+        Fault("mounted over, read-only").after(bind + " && mount -o remount,ro,bind /etc/hosts")
+            .seenAs(busy).shows(unopened),
+        Fault("mounted over, file system full").after(QString(bind).replace("8k", "4k"))
+            .seenAs(R"(fallocate\(\d+</etc/hosts>, .*\) = -1 ENOSPC)").shows(unwritten),
+        Fault("mounted over, write fails").after(bind).failing({"write:EIO:first:" + hosts})
+            .seenAs(busy).shows(unwritten),
+        // The new bytes are in the file when the sync fails: the old ones are written back.
+        Fault("mounted over, fsync fails").after(bind).failing({"fsync:EIO:first:" + hosts})
+            .seenAs(R"(write\(\d+</etc/hosts>, "127.*\) = 4080\n)").shows(unwritten),
+        Fault("mounted over, fsync and the restoring write fail").after(bind)
+            .failing({"fsync:EIO:first:" + hosts, "write:EIO:last:" + hosts}).seenAs(busy)
+            .shows(unwritten).replaces(),
     };
-    // The new file takes a page and a bit: the first write fills the free page, the next fails.
-    row("file system full", moved, {},
-        R"(write\(\d+</etc/small/\.hosts\.\w{6}>, .*\) = 4096\nwrite\(\d+</etc/small/\.hosts\.)"
-        R"(\w{6}>, .*\) = -1 ENOSPC)",
-        unwritten, false);
-    row("file system read-only", moved + " && mount -o remount,ro /etc/small", {},
-        R"("/etc/small/\.hosts\.\w{6}", .*\) = -1 EROFS)", unopened, false);
-    row("folder immutable", moved + " && chattr +i /etc/small", {},
-        R"("/etc/small/\.hosts\.\w{6}", .*\) = -1 EPERM)", unopened, false);
-    // The new file's calls, failed one at a time. A regular file takes all its bytes in one
-    // write(): first and last are the same call here, the full file system above splits them.
-    row("write fails", "", {"write:EIO:first:" + tempFile}, "", unwritten, false);
-    row("fchown fails", "", {"fchown:EPERM:first:" + tempFile}, "", unwritten, false);
-    row("fchmod fails", "", {"fchmod:EPERM:first:" + tempFile}, "", unwritten, false);
-    row("fsync fails", "", {"fsync:EIO:first:" + tempFile}, "", unwritten, false);
-    row("rename fails", "", {"rename:EIO:first:" + tempFile}, "", unwritten, false);
-    // The new name is in place; only its way to the disk is in doubt.
-    row("fsync of the folder fails", "", {"fsync:EIO:last:^/etc$"}, "", "", true);
-    // Mounted over, the file can only be rewritten in place: its first write brings the new
-    // bytes, its last one, after a failure, the old ones back.
-    row("mounted over", bind, {}, busy, "", true);
-    row("mounted over, read-only", bind + " && mount -o remount,ro,bind /etc/hosts", {}, busy,
-        unopened, false);
-    row("mounted over, file system full", QString(bind).replace("8k", "4k"), {},
-        R"(fallocate\(\d+</etc/hosts>, .*\) = -1 ENOSPC)", unwritten, false);
-    row("mounted over, write fails", bind, {"write:EIO:first:" + hosts}, busy, unwritten, false);
-    // The new bytes are in the file when the sync fails: the old ones are written back.
-    row("mounted over, fsync fails", bind, {"fsync:EIO:first:" + hosts},
-        R"(write\(\d+</etc/hosts>, "127.*\) = 4080\n)", unwritten, false);
-    row("mounted over, fsync and the restoring write fail", bind,
-        {"fsync:EIO:first:" + hosts, "write:EIO:last:" + hosts}, busy, unwritten, true);
+    // clang-format on
+    for (const Fault &row : rows)
+        QTest::newRow(qPrintable(row.tag)) << row;
 }
 
 void TestHostsFaults::faults()
 {
-    QFETCH(QString, setup);
-    QFETCH(QStringList, injections);
-    QFETCH(QString, seen);
-    QFETCH(bool, replaced);
+    QFETCH(Fault, row);
+    const QString &setup = row.setup, &seen = row.seen;
+    const QStringList &injections = row.injections;
     // Each injection's when=: its call's ordinal among all calls of that system call.
     QStringList resolved;
     for (const QString &injection : injections) {
@@ -193,9 +215,8 @@ void TestHostsFaults::faults()
                              [&](const QString &line) { return aims(line, injection.split(':')); }),
                  qPrintable(injection + " missed: " + hits.join('\n')));
     QVERIFY2(QRegularExpression(seen).match(log.join('\n')).hasMatch(), qPrintable(seen));
-    QFETCH(QString, pane);
-    QCOMPARE(out, "finished created\n" + pane);
-    QCOMPARE(readFile("/etc/hosts"), replaced ? m_new : m_old);
+    QCOMPARE(out, "finished created\n" + row.pane);
+    QCOMPARE(readFile("/etc/hosts"), row.replaced ? m_new : m_old);
     for (const QString &folder : QStringList{"/etc", "/etc/small"})
         QCOMPARE(QDir(folder).entryList({".hosts.*"}, QDir::AllEntries | QDir::Hidden),
                  QStringList());

@@ -35,7 +35,35 @@ QSet<QString> processes()
     return pids;
 }
 
+// One run of the dialog and what it comes to; each setter reads as part of a sentence.
+struct Run
+{
+    explicit Run(const char *name = "")
+        : tag(name)
+    {}
+
+    QString tag;
+    QString setup;        // a shell script, before the run
+    QStringList settings; // of the tools, beyond the case's own
+    QString hostname;     // null: the host's own network settings
+    QString pane;         // null: not compared
+    QString emitted;      // the dialog's signals, and what a stopped run saw
+    QString check = "true";
+    QString stop;    // how the running tool is stopped: abort, destroy
+    QString journal; // as journalSummary() tells it; null: not compared
+
+    Run &after(const QString &script) { return setup = script, *this; }
+    Run &set(const QStringList &values) { return settings << values, *this; }
+    Run &host(const QString &name) { return hostname = name, *this; }
+    Run &shows(const QString &text) { return pane = text, *this; }
+    Run &emits(const QString &names) { return emitted = names, *this; }
+    Run &leaves(const QString &script) { return check = script, *this; }
+    Run &stopBy(const QString &how) { return stop = how, *this; }
+    Run &records(const QString &summary) { return journal = summary, *this; }
+};
+
 } // namespace
+Q_DECLARE_METATYPE(Run)
 
 class TestInitRun : public QObject
 {
@@ -85,26 +113,12 @@ void TestInitRun::init()
 
 void TestInitRun::run_data()
 {
-    QTest::addColumn<QString>("setup");
-    QTest::addColumn<QStringList>("settings"); // of the tools, beyond the case's own
-    QTest::addColumn<QString>("host");         // none: the host's own network settings
-    QTest::addColumn<QString>("pane");         // none: not compared
-    QTest::addColumn<QString>("emitted");
-    QTest::addColumn<QString>("check");
-    QTest::addColumn<QString>("stop");    // how the running tool is stopped: abort, destroy
-    QTest::addColumn<QString>("journal"); // as journalSummary() tells it; none: not compared
-    const auto row = [](const char *name, const QString &setup, const QStringList &settings,
-                        const QString &host, const QString &pane, const QString &emitted,
-                        const QString &check = "true", const QString &stop = "",
-                        const QString &journal = QString()) {
-        QTest::newRow(name) << setup << settings << host << pane << emitted << check << stop
-                            << journal;
-    };
+    QTest::addColumn<Run>("row");
     const QStringList show{"FAKE_ORN_INIT_SHOW=1"};
     const QString simulated = "ln -sf /run/sandbox/tools/orn-init /usr/bin/";
     const auto mode = [](const QString &m) { return QStringList{"SANDBOX_MODE_ORN_INIT=" + m}; };
     const QStringList orphan = mode("orphan") << "SANDBOX_ORN_INIT_DURATION=60";
-    const QString seen = "[init][--force][--pass-file=/etc/orn/tempFile]\n", none, ok = "success";
+    const QString seen = "[init][--force][--pass-file=/etc/orn/tempFile]\n", ok = "success";
     const QString written =
         seen + "600 0 regular file\nK/M:" + kerberos + "\nadmin/admin:" + admin + "|";
     // A password file that cannot be written safely: orn-init --force is never started.
@@ -122,77 +136,94 @@ void TestInitRun::run_data()
     const QString locked = "inhibitor:taken output inhibitor:released ";
     const QString quiet = "password-file:written inhibitor:taken inhibitor:released ";
     const QString succeeded = "end:succeeded:exited:0";
-    row("password file", "", show, none, written, ok, "true", "",
-        "start password-file:written " + locked + succeeded);
-    row("stale password file", "echo old >" + secret + "; chmod 644 " + secret, show, none, written,
-        ok);
-    // A link, pipe or folder at the path takes one way; the form's table has the link whose
-    // target must keep its content, and the folder that others may change.
-    row("dangling link at the password path", "ln -s /etc/created " + secret, show, none, refused,
-        "", "[ -L " + secret + " ] && [ ! -e /etc/created ]", "", withheld);
-    row("new host name", "", {}, "srv", "", "rename success", srv + "grep -qx srv", "",
-        "start hostname:changed hosts:added " + quiet + succeeded);
-    row("same host name", "", {}, "ws1", "", ok, ws1 + " && grep -q '\\[ws1]' $SANDBOX_LOG", "",
-        "start hostname:unchanged hosts:replaced:127.0.1.1\tws1.example.lan\tws1 " + quiet +
-            succeeded);
-    // hostnamectl stores "ab" and reports success; the host then carries another name than asked.
-    row("host name altered", "", {}, "a b",
-        "The host is called ab, not a b: /etc/hosts is left as it is and orn-init is not started",
-        "rename", "cmp -s /etc/hosts /etc/pyx-hosts.default && hostname | grep -qx ab", "",
-        "start hostname:differs end:failed:not-started");
-    // Found in none of the system's folders, a file without its x bit is no program.
-    row("hostnamectl not executable", "rm /usr/bin/hostnamectl; echo exit 0 >/usr/bin/hostnamectl",
-        {}, "srv", "Process start error: hostnamectl set-hostname srv" + notSrv, "", kept, "",
-        "start hostname:failed hostname:differs end:failed:not-started");
-    // A crash leaves the signal's number as the exit code: one way with an exit of 2.
-    row("hostnamectl crashes", "", {"SANDBOX_MODE_HOSTNAMECTL=crash"}, "srv", crashed + notSrv, "",
-        kept);
-    row("hostnamectl prints a megabyte", "", {"SANDBOX_MODE_HOSTNAMECTL=flood:1"}, "srv", "",
-        "rename success", srv + "grep -qx srv");
-    // Waits out the 30 s limit; ctest runs it on its own, labelled slow.
-    if (qEnvironmentVariableIsSet("PYX_INIT_SLOW"))
-        row("hostnamectl hangs", "", {"SANDBOX_MODE_HOSTNAMECTL=hang"}, "srv",
-            "Process finish error: hostnamectl set-hostname srv" + notSrv, "", kept);
-    row("hosts link and mode kept", "mv /etc/hosts /etc/h; chmod 640 /etc/h; ln -s h /etc/hosts",
-        {}, "ws1", "", ok, "[ -L /etc/hosts ] && [ $(stat -c %a /etc/h) = 640 ] && " + ws1);
-    row("colours, exit 0", "", {"FAKE_ORN_INIT_OUT=\\033[1;32mok\\n"}, none, "ok", ok);
-    row("standard error, exit 1", "", {"FAKE_ORN_INIT_ERR=no\\n", "FAKE_ORN_INIT_EXIT=1"}, none,
-        "no", "", "true", "", "start password-file:written " + locked + "end:failed:exited:1");
-    row("tool missing", "rm /usr/bin/orn-init", {}, none, notRun, "", "true", "",
-        "start password-file:written tool:failed end:failed:not-started");
-    // Passed over like the shell would, for the one in a later folder.
-    row("tool not executable ahead of it",
-        "mkdir -p /usr/local/sbin && echo exit 0 >/usr/local/sbin/orn-init", {}, none, "", ok);
-    row("simulated tool", simulated, {}, "dc1", none, "rename success",
-        "grep -qx 'domain = new.lan' /etc/orn/orn.conf");
-    row("simulated tool crashes", simulated, mode("crash"), none, none, "", "true", "",
-        "start password-file:written " + locked + "end:failed:crashed");
-    row("simulated tool prints a megabyte", simulated, mode("flood:1"), none, none, ok);
     // A journal that stops reading as the tool starts holds nothing up; what it was sent comes
     // once it reads again. (Stopped earlier, it would hold up the bus and logind, which log too.)
-    row("journal stopped",
-        simulated + " && mkdir -p /usr/local/sbin && printf '#!/bin/sh\\npkill "
-                    "-STOP -x systemd-journal\\nexec /usr/bin/orn-init \"$@\"\\n' "
-                    ">/usr/local/sbin/orn-init "
-                    "&& chmod +x /usr/local/sbin/orn-init",
-        mode("flood:1"), none, none, ok, "pkill -CONT -x systemd-journal");
-    // The simulated tool leaves a helper behind, which must not outlive the run either.
-    // While the tool runs, logind lists the lock.
+    const QString journalStopped =
+        simulated + " && mkdir -p /usr/local/sbin && printf '#!/bin/sh\\npkill -STOP -x "
+                    "systemd-journal\\nexec /usr/bin/orn-init \"$@\"\\n' >/usr/local/sbin/orn-init "
+                    "&& chmod +x /usr/local/sbin/orn-init";
     const QString aborted = "start password-file:written " + locked + "end:failed:aborted";
-    row("Abort", simulated, orphan, none, none, "locked ignored", "true", "abort", aborted);
-    row("dialog destroyed", simulated, orphan, none, none, "locked ignored", "true", "destroy",
-        aborted);
+    // A row a sentence: what is done first and set, then what the run shows, emits, leaves and
+    // records.
+    // clang-format off
+    QList<Run> rows = {
+        Run("password file").set(show).shows(written).emits(ok)
+            .records("start password-file:written " + locked + succeeded),
+        Run("stale password file").after("echo old >" + secret + "; chmod 644 " + secret).set(show)
+            .shows(written).emits(ok),
+        // A link, pipe or folder at the path takes one way; the form's table has the link whose
+        // target must keep its content, and the folder that others may change.
+        Run("dangling link at the password path").after("ln -s /etc/created " + secret)
+            .set(show).shows(refused).leaves("[ -L " + secret + " ] && [ ! -e /etc/created ]")
+            .records(withheld),
+        Run("new host name").host("srv").shows("").emits("rename success")
+            .leaves(srv + "grep -qx srv")
+            .records("start hostname:changed hosts:added " + quiet + succeeded),
+        Run("same host name").host("ws1").shows("").emits(ok)
+            .leaves(ws1 + " && grep -q '\\[ws1]' $SANDBOX_LOG")
+            .records("start hostname:unchanged hosts:replaced:127.0.1.1\tws1.example.lan\tws1 " +
+                     quiet + succeeded),
+        // hostnamectl stores "ab" and reports success; the host then carries another name than
+        // asked.
+        Run("host name altered").host("a b")
+            .shows("The host is called ab, not a b: /etc/hosts is left as it is and orn-init is "
+                   "not started")
+            .emits("rename")
+            .leaves("cmp -s /etc/hosts /etc/pyx-hosts.default && hostname | grep -qx ab")
+            .records("start hostname:differs end:failed:not-started"),
+        // Found in none of the system's folders, a file without its x bit is no program.
+        Run("hostnamectl not executable")
+            .after("rm /usr/bin/hostnamectl; echo exit 0 >/usr/bin/hostnamectl").host("srv")
+            .shows("Process start error: hostnamectl set-hostname srv" + notSrv).leaves(kept)
+            .records("start hostname:failed hostname:differs end:failed:not-started"),
+        // A crash leaves the signal's number as the exit code: one way with an exit of 2.
+        Run("hostnamectl crashes").set({"SANDBOX_MODE_HOSTNAMECTL=crash"}).host("srv")
+            .shows(crashed + notSrv).leaves(kept),
+        Run("hostnamectl prints a megabyte").set({"SANDBOX_MODE_HOSTNAMECTL=flood:1"}).host("srv")
+            .shows("").emits("rename success").leaves(srv + "grep -qx srv"),
+        Run("hosts link and mode kept")
+            .after("mv /etc/hosts /etc/h; chmod 640 /etc/h; ln -s h /etc/hosts").host("ws1")
+            .shows("").emits(ok)
+            .leaves("[ -L /etc/hosts ] && [ $(stat -c %a /etc/h) = 640 ] && " + ws1),
+        Run("colours, exit 0").set({"FAKE_ORN_INIT_OUT=\\033[1;32mok\\n"}).shows("ok").emits(ok),
+        Run("standard error, exit 1").set({"FAKE_ORN_INIT_ERR=no\\n", "FAKE_ORN_INIT_EXIT=1"})
+            .shows("no").records("start password-file:written " + locked + "end:failed:exited:1"),
+        Run("tool missing").after("rm /usr/bin/orn-init").shows(notRun)
+            .records("start password-file:written tool:failed end:failed:not-started"),
+        // Passed over like the shell would, for the one in a later folder.
+        Run("tool not executable ahead of it")
+            .after("mkdir -p /usr/local/sbin && echo exit 0 >/usr/local/sbin/orn-init").shows("")
+            .emits(ok),
+        Run("simulated tool").after(simulated).host("dc1").emits("rename success")
+            .leaves("grep -qx 'domain = new.lan' /etc/orn/orn.conf"),
+        Run("simulated tool crashes").after(simulated).set(mode("crash"))
+            .records("start password-file:written " + locked + "end:failed:crashed"),
+        Run("simulated tool prints a megabyte").after(simulated).set(mode("flood:1")).emits(ok),
+        Run("journal stopped").after(journalStopped).set(mode("flood:1")).emits(ok)
+            .leaves("pkill -CONT -x systemd-journal"),
+        // The simulated tool leaves a helper behind, which must not outlive the run either.
+        // While the tool runs, logind lists the lock.
+        Run("Abort").after(simulated).set(orphan).emits("locked ignored").stopBy("abort")
+            .records(aborted),
+        Run("dialog destroyed").after(simulated).set(orphan).emits("locked ignored")
+            .stopBy("destroy").records(aborted),
+    };
+    // Waits out the 30 s limit; ctest runs it on its own, labelled slow.
+    if (qEnvironmentVariableIsSet("PYX_INIT_SLOW"))
+        rows << Run("hostnamectl hangs").set({"SANDBOX_MODE_HOSTNAMECTL=hang"}).host("srv")
+                    .shows("Process finish error: hostnamectl set-hostname srv" + notSrv)
+                    .leaves(kept);
+    // clang-format on
+    for (const Run &row : rows)
+        QTest::newRow(qPrintable(row.tag)) << row;
 }
 
 void TestInitRun::run()
 {
-    QFETCH(QString, setup);
-    QFETCH(QStringList, settings);
-    QFETCH(QString, host);
-    QFETCH(QString, pane);
-    QFETCH(QString, check);
-    QFETCH(QString, stop);
-    QFETCH(QString, journal);
+    QFETCH(Run, row);
+    const QString &setup = row.setup, &host = row.hostname, &pane = row.pane, &check = row.check,
+                  &stop = row.stop, &journal = row.journal;
+    const QStringList &settings = row.settings;
     QVERIFY2(sh(setup), qPrintable(setup));
     QVERIFY(setSandboxSettings(
         QStringList{"SANDBOX_ORN_INIT_DURATION=0", "SANDBOX_ENV_LOG=/etc/pyx-tools.env"} +
@@ -261,7 +292,7 @@ void TestInitRun::run()
              qPrintable(QString::number(elapsed)));
     QCOMPARE(childProcesses().join(", "), QString());
     QCOMPARE(finished, stop == "destroy" ? "" : "0 100 100 200000");
-    QTEST(emitted.join(' '), "emitted");
+    QCOMPARE(emitted.join(' '), row.emitted);
     if (!pane.isNull())
         QCOMPARE(shown, pane);
     QVERIFY(!QFileInfo(secret).isFile() || QFileInfo(secret).isSymLink());
