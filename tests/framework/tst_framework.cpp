@@ -333,6 +333,11 @@ private slots:
             VexIcon::fromTheme("base", {corner, emblem}, QIcon()).pixmap(32).toImage();
         if (blue.x() >= 0)
             QCOMPARE(QColor(image.pixel(blue)), QColor(Qt::blue));
+        int bluePixels = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                bluePixels += QColor(image.pixel(x, y)) == QColor(Qt::blue);
+        QCOMPARE(bluePixels > 0, blue.x() >= 0);
         QCOMPARE(QColor(image.pixel(red)), QColor(Qt::red));
 
         // Without the icon itself the fallback comes back untouched.
