@@ -473,7 +473,7 @@ void TestInitRun::journalAbsent()
     QCOMPARE(messages("absent"), QStringList("taken"));
 }
 
-// The simulated tool leaves a helper behind; neither may outlive the run.
+// Inside, on a simulated host that refuses to be the real one.
 int main(int argc, char *argv[])
 {
     if (const int inside = runOnSimulatedHost(argc, argv); inside >= 0)
