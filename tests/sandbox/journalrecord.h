@@ -48,8 +48,9 @@ inline QByteArray journalCursor()
 }
 
 // What the entries of one run say, an entry a word: PYX_STEP, then PYX_RESULT, PYX_OUTCOME,
-// PYX_EXIT_CODE and PYX_HOSTS_REPLACED where present, joined by ':'; output entries in a row make
-// one word "output". Every entry must come from the program and carry the run's identifier.
+// PYX_EXIT_CODE, PYX_START_ERROR and PYX_HOSTS_REPLACED where present, joined by ':'; output
+// entries in a row make one word "output". Every entry must come from the program and carry the
+// run's identifier.
 inline QString journalSummary(const QList<JournalEntry> &entries)
 {
     QStringList words;
@@ -59,8 +60,8 @@ inline QString journalSummary(const QList<JournalEntry> &entries)
             entry["PYX_RUN_ID"].toString().size() != 32)
             return "an entry of another program or run: " + entry["MESSAGE"].toString();
         QStringList word{entry["PYX_STEP"].toString()};
-        for (const char *name :
-             {"PYX_RESULT", "PYX_OUTCOME", "PYX_EXIT_CODE", "PYX_HOSTS_REPLACED"})
+        for (const char *name : {"PYX_RESULT", "PYX_OUTCOME", "PYX_EXIT_CODE", "PYX_START_ERROR",
+                                 "PYX_HOSTS_REPLACED"})
             if (entry.contains(name))
                 word << entry[name].toString();
         if (word.join(':') != "output" || words.value(words.size() - 1) != "output")
