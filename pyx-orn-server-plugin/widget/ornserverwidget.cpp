@@ -6,6 +6,7 @@
 #include "desktopuser.h"
 #include "element.h"
 #include "elementdata.h"
+#include "grouptitlestyle.h"
 #include "hostnamerule.h"
 #include "initrequest.h"
 #include "initserverdialog.h"
@@ -84,6 +85,10 @@ OrnServerWidget::OrnServerWidget(Module &module, Permission permission, QWidget 
     parentElementType = QStringLiteral("OrnDomain");
     contextValue = 600;
     _ui->setupUi(this);
+    // Made after the form's widgets, so that it outlives the group box it draws.
+    auto *titleStyle = new GroupTitleStyle;
+    titleStyle->setParent(this);
+    _ui->_networkGroupBox->setStyle(titleStyle);
 
     // The slots read the controls themselves, so what a signal carries is not needed.
     connect(_ui->_hostnameLineEdit, &QLineEdit::textChanged, this,
