@@ -27,6 +27,9 @@ ConsoleWindow::ConsoleWindow(NodeTreeModel *model, QWidget *parent)
     m_tree->setModel(model);
     m_tree->header()->hide();
     m_tree->expandAll();
+    // Every title shows whole: a wide editor widens the window rather than narrowing the tree.
+    const QAbstractItemView *view = m_tree;
+    m_tree->setMinimumWidth(view->sizeHintForColumn(0) + 2 * m_tree->frameWidth());
     m_placeholder->setAlignment(Qt::AlignCenter);
     m_placeholder->setWordWrap(true);
     m_placeholder->setText(tr("Select an element on the left."));
