@@ -1,10 +1,18 @@
 // The server form: the placements easy to get wrong, the tab chain and slots, the input check, the
-// composition of the server's name while it is typed, and the filling from a read.
+// composition of the server's name while it is typed, the filling from a read, and the room each
+// text of the form and its windows gets, in English and in Russian.
 #include "ornserverwidget.h"
 
+#include "consolewindow.h"
 #include "element.h"
 #include "elementdata.h"
+#include "initserverdialog.h"
 #include "module.h"
+#include "nodetreemodel.h"
+#include "orndomainmodule.h"
+#include "ornservicemodule.h"
+#include "plugintranslations.h"
+#include "serverproperties.h"
 
 #include <QtTest>
 #include <QtWidgets>
@@ -26,6 +34,58 @@ QString formState(const QWidget &widget)
         addresses << ip->itemText(i);
     state[3] = addresses.join(',') + '|' + QString::number(ip->currentIndex());
     return state.join('|');
+}
+
+// The texts of the window's labels, buttons, group titles and tree items that get less room than
+// they need: a label or button its size hint, which the style makes from the text; a group title
+// its advance beside the check box; a tree item its advance within the style's margins.
+QStringList cutTexts(QWidget *window, int *checked)
+{
+    QStringList cut;
+    const auto check = [&](const QString &text, const QSize &has, const QSize &needs) {
+        ++*checked;
+        if (has.width() < needs.width() || has.height() < needs.height())
+            QDebug(&*cut.insert(cut.end(), QString())) << text << "has" << has << "needs" << needs;
+    };
+    for (QWidget *widget : window->findChildren<QWidget *>()) {
+        auto *label = qobject_cast<QLabel *>(widget);
+        auto *button = qobject_cast<QAbstractButton *>(widget);
+        auto *group = qobject_cast<QGroupBox *>(widget);
+        auto *tree = qobject_cast<QTreeView *>(widget);
+        const QString text = widget->property(group ? "title" : "text").toString();
+        if (!widget->isVisibleTo(window) || !(label || button || group || tree) ||
+            (text.isEmpty() && !tree))
+            continue;
+        if (label || button) {
+            check(text, widget->size(),
+                  label && label->wordWrap() ? QSize(0, label->heightForWidth(label->width()))
+                                             : widget->sizeHint());
+        } else if (group) {
+            QStyleOptionGroupBox option;
+            option.initFrom(group);
+            option.text = text;
+            option.textAlignment = group->alignment();
+            option.subControls = QStyle::SC_GroupBoxLabel;
+            if (group->isCheckable())
+                option.subControls |= QStyle::SC_GroupBoxCheckBox;
+            const auto rect = [&](QStyle::SubControl part) {
+                return group->style()->subControlRect(QStyle::CC_GroupBox, &option, part, group);
+            };
+            QRect room = rect(QStyle::SC_GroupBoxLabel) & group->rect();
+            if (group->isCheckable())
+                room.setLeft(qMax(room.left(), rect(QStyle::SC_GroupBoxCheckBox).right() + 1));
+            check(text, room.size(), option.fontMetrics.size(Qt::TextShowMnemonic, text));
+        } else {
+            const int margin = tree->style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1;
+            for (QModelIndex at = tree->model()->index(0, 0); at.isValid();
+                 at = tree->indexBelow(at)) {
+                const QString item = at.data().toString();
+                check(item, (tree->visualRect(at) & tree->viewport()->rect()).size(),
+                      {tree->fontMetrics().horizontalAdvance(item) + 2 * margin, 0});
+            }
+        }
+    }
+    return cut;
 }
 
 class TestOrnServerWidget : public QObject
@@ -166,6 +226,93 @@ private slots:
         QTEST(formState(widget), "expected");
         // Once filled, edits count again.
         QVERIFY(widget.isModified());
+    }
+
+    void textsShowWhole_data()
+    {
+        QTest::addColumn<bool>("russian");
+        QTest::addColumn<QString>("window");
+        for (const char *window : {"console", "initialisation", "message boxes"}) {
+            QTest::addRow("English %s", window) << false << window;
+            QTest::addRow("Russian %s", window) << true << window;
+        }
+    }
+
+    // The console at its default size with the form filled by each kind of record, the
+    // initialisation window, and the boxes the form shows for an empty form and before the
+    // database is destroyed.
+    void textsShowWhole()
+    {
+        QFETCH(bool, russian);
+        QFETCH(QString, window);
+        // Qt's and the console's catalogues as the console loads them, and the plug-in's own.
+        const QLocale russianLocale(QLocale::Russian);
+        const QString built = PYX_TEST_BINARY_DIR "/translations";
+        QTranslator qt, consoleTexts;
+        if (russian) {
+            QVERIFY(qt.load(russianLocale, "qtbase", "_",
+                            QLibraryInfo::location(QLibraryInfo::TranslationsPath)));
+            QVERIFY(consoleTexts.load(russianLocale, "pyx-console", "_", built));
+            QVERIFY(QCoreApplication::installTranslator(&qt) &&
+                    QCoreApplication::installTranslator(&consoleTexts));
+        }
+        const QScopedPointer<QTranslator> own(
+            russian ? installPluginTranslator(russianLocale, built) : nullptr);
+        QCOMPARE(own != nullptr, russian);
+
+        int checked = 0, boxes = 0;
+        QStringList cut;
+        if (window == "initialisation") {
+            InitServerDialog dialog(QMap<QString, QVariant>{});
+            dialog.show();
+            cut = cutTexts(&dialog, &checked);
+            QVERIFY2(cut.isEmpty() && checked > 0, qPrintable(cut.join(" | ")));
+            return;
+        }
+        NodeTreeModel model;
+        OrnDomainModule domain(nullptr);
+        OrnServiceModule server(nullptr);
+        model.addModule(&domain);
+        model.addModule(&server);
+        ConsoleWindow console(&model);
+        console.show();
+        // Without a directory core the read ends at once and fills nothing.
+        QSignalSpy settled(&console, &ConsoleWindow::currentElementSettled);
+        QVERIFY(console.openType("OrnServer"));
+        QVERIFY(settled.wait(10000));
+        auto *form = static_cast<OrnServerWidget *>(
+            console.currentElement()->elementWidget(ElementWidgetRole::Edit));
+        ElementData record;
+        for (const bool on : {true, false}) {
+            if (window != "console")
+                break;
+            record.properties = {{ServerProperties::ifServerOn, on},
+                                 {ServerProperties::ornServerCommonInstalled, !on}};
+            form->afterSuccessfulRead(console.currentElement(), &record);
+            // The layouts take the new texts at once; the window grows through the platform.
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+            QTRY_VERIFY(form->width() >= form->minimumSizeHint().width());
+            cut += cutTexts(&console, &checked);
+        }
+        // Each box is looked at while it is open, then closed without an answer.
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, form, [&] {
+            if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+                cut += cutTexts(box, &checked);
+                ++boxes;
+                box->done(0);
+            }
+        });
+        poll.start(10);
+        for (const char *password : {"", "x"}) {
+            if (window != "message boxes")
+                break;
+            for (QLineEdit *field : form->findChildren<QLineEdit *>())
+                field->setText(password);
+            form->findChild<QPushButton *>("_initServerPushButton")->click();
+        }
+        QCOMPARE(boxes, window == "console" ? 0 : 2);
+        QVERIFY2(cut.isEmpty() && checked > 0, qPrintable(cut.join(" | ")));
     }
 };
 
