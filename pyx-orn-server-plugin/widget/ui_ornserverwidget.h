@@ -254,6 +254,17 @@ public:
 
         verticalLayout->addWidget(_macWarningLabel);
 
+#if QT_CONFIG(shortcut)
+        label->setBuddy(_kerberosPasswordLineEdit);
+        label_2->setBuddy(_adminPasswordLineEdit);
+        label_9->setBuddy(_repeatKerberosPasswordLineEdit);
+        label_10->setBuddy(_repeatAdminPasswordLineEdit);
+        label_7->setBuddy(_statusLabel);
+        label_3->setBuddy(_ipComboBox);
+        label_4->setBuddy(_hostnameLineEdit);
+        label_5->setBuddy(_domainNameLineEdit);
+        label_6->setBuddy(_serverNameLabel);
+#endif // QT_CONFIG(shortcut)
         QWidget::setTabOrder(_kerberosPasswordLineEdit, _repeatKerberosPasswordLineEdit);
         QWidget::setTabOrder(_repeatKerberosPasswordLineEdit, _adminPasswordLineEdit);
         QWidget::setTabOrder(_adminPasswordLineEdit, _repeatAdminPasswordLineEdit);
