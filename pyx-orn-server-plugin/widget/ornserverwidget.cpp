@@ -14,6 +14,7 @@
 #include "serverproperties.h"
 #include "systemprogram.h"
 
+#include <QAccessible>
 #include <QFile>
 #include <QMessageBox>
 #include <QProcess>
@@ -55,6 +56,19 @@ void setOwnEnabled(QWidget *field, const QGroupBox *group, bool enabled)
     }
 }
 
+// An unchecked group box disables each new field as soon as it becomes the field's parent, before
+// the field's own constructor has run; the accessibility update for that change leaves in Qt's
+// cache a plain widget's interface, which would stand for the field from then on: a screen reader
+// would find unnamed fillers in place of the IP box, the name fields and their labels. Dropped,
+// each interface is made again from the whole field when it is next asked for.
+void forgetEarlyInterfaces(const QGroupBox *group)
+{
+    for (QWidget *field : group->findChildren<QWidget *>()) {
+        if (QAccessibleInterface *early = QAccessible::queryAccessibleInterface(field))
+            QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(early));
+    }
+}
+
 // The "Error" box: what is wrong, and OK.
 void showError(QWidget *parent, const QString &text)
 {
@@ -85,6 +99,7 @@ OrnServerWidget::OrnServerWidget(Module &module, Permission permission, QWidget 
     parentElementType = QStringLiteral("OrnDomain");
     contextValue = 600;
     _ui->setupUi(this);
+    forgetEarlyInterfaces(_ui->_networkGroupBox);
     // Made after the form's widgets, so that it outlives the group box it draws.
     auto *titleStyle = new GroupTitleStyle;
     titleStyle->setParent(this);
