@@ -10,6 +10,7 @@
 #include "hostnamerule.h"
 #include "initrequest.h"
 #include "initserverdialog.h"
+#include "passwordtextmask.h"
 #include "runjournal.h"
 #include "serverproperties.h"
 #include "systemprogram.h"
@@ -100,6 +101,7 @@ OrnServerWidget::OrnServerWidget(Module &module, Permission permission, QWidget 
     contextValue = 600;
     _ui->setupUi(this);
     forgetEarlyInterfaces(_ui->_networkGroupBox);
+    PasswordTextMask::install();
     // Made after the form's widgets, so that it outlives the group box it draws.
     auto *titleStyle = new GroupTitleStyle;
     titleStyle->setParent(this);
