@@ -448,6 +448,25 @@ bool InitServerDialog::toolSucceeded() const
            _process.exitStatus() == QProcess::NormalExit && _process.exitCode() == 0;
 }
 
+QString InitServerDialog::abortedText()
+{
+    return tr("The server creation was aborted.");
+}
+
+QString InitServerDialog::outcomeText() const
+{
+    if (!_withheldBecause.isEmpty() || _process.error() == QProcess::FailedToStart)
+        return tr("The server was not created: orn-init could not be started.");
+    if (_stopped)
+        return abortedText();
+    if (_process.exitStatus() == QProcess::CrashExit)
+        return tr("The server was not created: orn-init crashed.");
+    if (_process.exitCode() != 0)
+        return tr("The server was not created: orn-init exited with code %1.")
+            .arg(_process.exitCode());
+    return tr("The server has been created.");
+}
+
 void InitServerDialog::initFinished()
 {
     // The run itself ends after the tool's last output has been shown.
@@ -460,14 +479,15 @@ void InitServerDialog::initFinished()
     const bool again = _ui->_buttonBox->button(QDialogButtonBox::Close) != nullptr;
     _ui->_progressBar->setMaximum(100);
     _ui->_progressBar->setValue(100);
-    const bool buttonHadFocus = _ui->_buttonBox->isAncestorOf(focusWidget());
     _ui->_buttonBox->setStandardButtons(QDialogButtonBox::Close);
-    // Once the run is over, Return closes wherever the focus is; a keyboard user who was on
-    // Abort finds the focus on Close.
+    // Once the run is over, Return closes wherever the focus is. The focus goes to Close, from
+    // the pane too, so that a screen reader tells that the run has ended; the description, how.
     QPushButton *closeButton = _ui->_buttonBox->button(QDialogButtonBox::Close);
     closeButton->setDefault(true);
-    if (buttonHadFocus)
-        closeButton->setFocus();
+    closeButton->setFocus();
+    const QString outcome = outcomeText();
+    setAccessibleDescription(outcome);
+    _ui->_plainTextEdit->setAccessibleDescription(outcome);
     if (!again && toolSucceeded())
         emit serverCreatedSuccsessfully();
 }
@@ -476,10 +496,14 @@ void InitServerDialog::buttonClicked(QAbstractButton *button)
 {
     if (_ui->_buttonBox->standardButton(button) == QDialogButtonBox::Abort) {
         // The tool may have started helpers that read the passwords; they end with it.
-        if (_process.state() != QProcess::NotRunning)
+        const bool stopping = _process.state() != QProcess::NotRunning;
+        if (stopping)
             _stopped = true;
         _process.killGroup();
         _process.close();
+        // After the last of the tool's output, which otherwise just breaks off.
+        if (stopping)
+            appendToPane(abortedText());
         initFinished();
     } else {
         close();

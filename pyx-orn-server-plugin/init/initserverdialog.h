@@ -81,6 +81,9 @@ private:
     // learns how the run ended.
     void endRun();
     bool toolSucceeded() const;
+    // How the run ended, in a few words for a screen reader.
+    QString outcomeText() const;
+    static QString abortedText();
     // Appends `text` to the pane as one paragraph, after the output still waiting to be shown.
     void appendToPane(const QString &text);
     void showPendingOutput();

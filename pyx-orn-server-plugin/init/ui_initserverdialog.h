@@ -67,6 +67,14 @@ public:
     {
         InitServerDialog->setWindowTitle(
             QCoreApplication::translate("InitServerDialog", "Initialization ORN server", nullptr));
+#if QT_CONFIG(accessibility)
+        _plainTextEdit->setAccessibleName(
+            QCoreApplication::translate("InitServerDialog", "Tool output", nullptr));
+#endif // QT_CONFIG(accessibility)
+#if QT_CONFIG(accessibility)
+        _progressBar->setAccessibleName(
+            QCoreApplication::translate("InitServerDialog", "Creation progress", nullptr));
+#endif // QT_CONFIG(accessibility)
     } // retranslateUi
 };
 

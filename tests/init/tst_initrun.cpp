@@ -241,7 +241,7 @@ void TestInitRun::run()
     auto *box = dialog->findChild<QDialogButtonBox *>();
     auto *bar = dialog->findChild<QProgressBar *>();
     auto *text = dialog->findChild<QPlainTextEdit *>();
-    QString finished, shown;
+    QString finished, shown, told;
     QTimer::singleShot(0, this, [&] {
         if (!stop.isEmpty()) {
             // Escape, Return, Enter and a close request change nothing while the tool runs, on
@@ -277,6 +277,9 @@ void TestInitRun::run()
         finished = QString::asprintf("%d %d %d %x", bar->minimum(), bar->maximum(), bar->value(),
                                      unsigned(box->standardButtons()));
         shown = text->toPlainText();
+        // The focus on Close tells a screen reader that the run has ended.
+        told = (dialog->focusWidget() == box->button(QDialogButtonBox::Close) ? "" : "elsewhere ") +
+               dialog->accessibleDescription() + " / " + text->accessibleDescription();
         // Return closes the ended run from anywhere in it, not only from a focused Close.
         QTest::keyClick(text, Qt::Key_Return);
         if (dialog->isVisible()) {
@@ -296,6 +299,11 @@ void TestInitRun::run()
     QCOMPARE(childProcesses().join(", "), QString());
     QCOMPARE(finished, stop == "destroy" ? "" : "0 100 100 200000");
     QCOMPARE(emitted.join(' '), row.emitted);
+    // After Abort the pane ends with a line of its own, which says why the output stops.
+    const QString abortLine = "\nThe server creation was aborted.";
+    QCOMPARE(shown.endsWith(abortLine), stop == "abort");
+    if (stop == "abort")
+        shown.chop(abortLine.size());
     if (!pane.isNull())
         QCOMPARE(shown, pane);
     QVERIFY(!QFileInfo(secret).isFile() || QFileInfo(secret).isSymLink());
@@ -313,6 +321,14 @@ void TestInitRun::run()
     const QString summary = journalSummary(entries);
     if (!journal.isNull())
         QCOMPARE(summary, journal);
+    // The window and its pane tell a screen reader how the run ended, as the journal does.
+    const QString outcome = QMap<QString, QString>{
+        {"succeeded:exited:0", "The server has been created."},
+        {"failed:exited:1", "The server was not created: orn-init exited with code 1."},
+        {"failed:crashed", "The server was not created: orn-init crashed."},
+        {"failed:not-started", "The server was not created: orn-init could not be started."},
+        {"failed:aborted", "The server creation was aborted."}}[summary.section(" end:", -1)];
+    QCOMPARE(told, stop == "destroy" ? QString() : outcome + " / " + outcome);
     // A failed run is found among the warnings; one that succeeded is not.
     const QString run = "PYX_RUN_ID=" + entries.value(0)["PYX_RUN_ID"].toString();
     QCOMPARE(journalEntries(journalRecord({}, {"-p", "warning", run})).isEmpty(),
