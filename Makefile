@@ -4,7 +4,8 @@ JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 SCREENSHOTS ?= $(CURDIR)/demo-screenshots
 
 # What a fresh Debian 12 machine lacks to build, test and show the plug-in.
-PACKAGES := cmake make g++ qtbase5-dev qttools5-dev qttools5-dev-tools libsystemd-dev pkg-config \
+PACKAGES := cmake make g++ qtbase5-dev qtbase5-private-dev qttools5-dev qttools5-dev-tools \
+            libsystemd-dev pkg-config \
             fonts-dejavu-core util-linux iproute2 strace e2fsprogs dbus-daemon qttranslations5-l10n \
             acl attr systemd dbus
 
