@@ -54,6 +54,34 @@
         <source>The host is called %1, not %2: /etc/hosts is left as it is and orn-init is not started</source>
         <translation>Узел называется %1, а не %2: /etc/hosts оставлен без изменений, orn-init не запущен</translation>
     </message>
+    <message>
+        <source>The server creation was aborted.</source>
+        <translation>Создание сервера прервано.</translation>
+    </message>
+    <message>
+        <source>The server was not created: orn-init could not be started.</source>
+        <translation>Сервер не создан: не удалось запустить orn-init.</translation>
+    </message>
+    <message>
+        <source>The server was not created: orn-init crashed.</source>
+        <translation>Сервер не создан: аварийное завершение orn-init.</translation>
+    </message>
+    <message>
+        <source>The server was not created: orn-init exited with code %1.</source>
+        <translation>Сервер не создан: код завершения orn-init — %1.</translation>
+    </message>
+    <message>
+        <source>The server has been created.</source>
+        <translation>Сервер создан.</translation>
+    </message>
+    <message>
+        <source>Tool output</source>
+        <translation>Вывод программы</translation>
+    </message>
+    <message>
+        <source>Creation progress</source>
+        <translation>Ход создания сервера</translation>
+    </message>
 </context>
 <context>
     <name>Module</name>
