@@ -428,17 +428,7 @@ void InitServerDialog::endRun()
         _journal.inhibitorReleased();
     if (std::exchange(_runEnded, true))
         return;
-    if (!_withheldBecause.isEmpty())
-        _journal.ended(RunJournal::NotStarted{_withheldBecause});
-    else if (_process.error() == QProcess::FailedToStart)
-        _journal.ended(RunJournal::NotStarted{_process.errorString()});
-    // A tool that had succeeded just before Abort came created the server all the same.
-    else if (_stopped && !toolSucceeded())
-        _journal.ended(RunJournal::Aborted{});
-    else if (_process.exitStatus() == QProcess::CrashExit)
-        _journal.ended(RunJournal::Crashed{});
-    else
-        _journal.ended(RunJournal::Exited{_process.exitCode()});
+    _journal.ended(outcome());
 }
 
 // A tool that never ran, or was killed, has no exit code to believe.
@@ -453,18 +443,34 @@ QString InitServerDialog::abortedText()
     return tr("The server creation was aborted.");
 }
 
+RunJournal::Outcome InitServerDialog::outcome() const
+{
+    if (!_withheldBecause.isEmpty())
+        return RunJournal::NotStarted{_withheldBecause};
+    if (_process.error() == QProcess::FailedToStart)
+        return RunJournal::NotStarted{_process.errorString()};
+    // A tool that had succeeded just before Abort came created the server all the same.
+    if (_stopped && !toolSucceeded())
+        return RunJournal::Aborted{};
+    if (_process.exitStatus() == QProcess::CrashExit)
+        return RunJournal::Crashed{};
+    return RunJournal::Exited{_process.exitCode()};
+}
+
 QString InitServerDialog::outcomeText() const
 {
-    if (!_withheldBecause.isEmpty() || _process.error() == QProcess::FailedToStart)
-        return tr("The server was not created: orn-init could not be started.");
-    if (_stopped)
-        return abortedText();
-    if (_process.exitStatus() == QProcess::CrashExit)
-        return tr("The server was not created: orn-init crashed.");
-    if (_process.exitCode() != 0)
+    const RunJournal::Outcome end = outcome();
+    if (const auto *exited = std::get_if<RunJournal::Exited>(&end)) {
+        if (exited->exitCode == 0)
+            return tr("The server has been created.");
         return tr("The server was not created: orn-init exited with code %1.")
-            .arg(_process.exitCode());
-    return tr("The server has been created.");
+            .arg(exited->exitCode);
+    }
+    if (std::holds_alternative<RunJournal::Crashed>(end))
+        return tr("The server was not created: orn-init crashed.");
+    if (std::holds_alternative<RunJournal::Aborted>(end))
+        return abortedText();
+    return tr("The server was not created: orn-init could not be started.");
 }
 
 void InitServerDialog::initFinished()
@@ -496,13 +502,12 @@ void InitServerDialog::buttonClicked(QAbstractButton *button)
 {
     if (_ui->_buttonBox->standardButton(button) == QDialogButtonBox::Abort) {
         // The tool may have started helpers that read the passwords; they end with it.
-        const bool stopping = _process.state() != QProcess::NotRunning;
-        if (stopping)
+        if (_process.state() != QProcess::NotRunning)
             _stopped = true;
         _process.killGroup();
         _process.close();
         // After the last of the tool's output, which otherwise just breaks off.
-        if (stopping)
+        if (std::holds_alternative<RunJournal::Aborted>(outcome()))
             appendToPane(abortedText());
         initFinished();
     } else {

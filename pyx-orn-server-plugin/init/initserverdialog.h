@@ -81,7 +81,9 @@ private:
     // learns how the run ended.
     void endRun();
     bool toolSucceeded() const;
-    // How the run ended, in a few words for a screen reader.
+    // How the run ended: one decision for the journal and for a screen reader, which hears it
+    // in a few words.
+    RunJournal::Outcome outcome() const;
     QString outcomeText() const;
     static QString abortedText();
     // Appends `text` to the pane as one paragraph, after the output still waiting to be shown.
