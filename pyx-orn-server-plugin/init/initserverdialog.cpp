@@ -5,10 +5,10 @@
 #include "hostsfile.h"
 #include "initrequest.h"
 #include "latin1literal.h"
+#include "outputpanefeeder.h"
 #include "secretfile.h"
 #include "systemprogram.h"
 
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QHostInfo>
 #include <QPushButton>
@@ -26,44 +26,6 @@ constexpr QLatin1String passwordFilePath = latin1Literal("/etc/orn/tempFile");
 constexpr QLatin1String toolName = latin1Literal("orn-init");
 // What a half-done provisioning must not meet.
 constexpr QLatin1String inhibited = latin1Literal("shutdown:sleep:idle:handle-lid-switch");
-// A flood of output reaches the pane in appends of at most sliceLines lines and sliceChars
-// characters, and the event loop gets a turn once a slice of appends has taken about
-// sliceBudgetMs, so that the window keeps answering. Every append lays out the pane's last
-// screenful of lines again, however little it adds, so a few large appends cost far less than many
-// small ones; the limits keep one append to a few milliseconds.
-constexpr int sliceLines = 1000;
-constexpr int sliceChars = 65536;
-constexpr int sliceBudgetMs = 8;
-// While output waits, the pane is repainted at most this often: each paint lays out, draws and
-// sends to the display a screenful that the next append makes stale at once.
-constexpr int frameMs = 40;
-
-// Where the next piece of `text`, from `from` on, ends: at the text's end when the rest has at most
-// `lines` lines and `chars` characters; else at the last line feed within those limits at which the
-// text may be cut: after at least one character, and not ending a CR LF (the pane takes the pair as
-// one line end, and would take a CR left at a piece's end as one more). Failing that, when
-// `forced`, at the first such line feed beyond them or at the text's end; else -1.
-// Appending the pieces of a text cut at such line feeds gives the text of appending it whole.
-int pieceEnd(const QString &text, int from, int lines, int chars, bool forced)
-{
-    const QLatin1Char lineFeed('\n'), carriageReturn('\r');
-    int cut = -1;
-    int line = 1;
-    for (int at = text.indexOf(lineFeed, from); at >= 0;
-         at = text.indexOf(lineFeed, at + 1), ++line) {
-        const bool within = line <= lines && at - from <= chars;
-        if (!within && (cut >= 0 || !forced))
-            return cut;
-        if (at > from && text.at(at - 1) != carriageReturn) {
-            cut = at;
-            if (!within)
-                return cut;
-        }
-    }
-    if (line <= lines && text.size() - from <= chars)
-        return text.size();
-    return cut >= 0 || !forced ? cut : text.size();
-}
 } // namespace
 
 InitServerDialog::InitServerDialog(const QMap<QString, QVariant> &request, QWidget *parent)
@@ -81,9 +43,8 @@ InitServerDialog::InitServerDialog(const QMap<QString, QVariant> &request, QWidg
     // tool halfway through rebuilding the directory. Abort is pressed by a click or Space only.
     _ui->_buttonBox->button(QDialogButtonBox::Abort)->setAutoDefault(false);
     connect(_ui->_buttonBox, &QDialogButtonBox::clicked, this, &InitServerDialog::buttonClicked);
-    _outputTimer.setSingleShot(true);
-    _outputTimer.setInterval(0);
-    connect(&_outputTimer, &QTimer::timeout, this, &InitServerDialog::showPendingOutput);
+    _pane = new OutputPaneFeeder(_ui->_plainTextEdit, this);
+    connect(_pane, &OutputPaneFeeder::drained, this, &InitServerDialog::outputShown);
 }
 
 InitServerDialog::~InitServerDialog()
@@ -152,15 +113,13 @@ void InitServerDialog::reject()
 {
     // An Escape or a close request must not abandon a half-done provisioning or orphan the tool,
     // nor cut off its last output.
-    if (_process.state() == QProcess::NotRunning && _pendingOutput.isEmpty())
+    if (_process.state() == QProcess::NotRunning && !_pane->hasPending())
         QDialog::reject();
 }
 
 int InitServerDialog::exec()
 {
-    _ui->_plainTextEdit->clear();
-    _pendingOutput.clear();
-    _pendingFrom = 0;
+    _pane->clear();
     const bool custom = _request.value(InitRequest::customNetworkSettings, false).toBool();
     _journal.started(custom, _request.value(InitRequest::hostname).toString(),
                      _request.value(InitRequest::serverName).toString(),
@@ -203,7 +162,7 @@ bool InitServerDialog::setHostname(const QString &hostname)
         const QString line = tr("The host is called %1, not %2: /etc/hosts is left as it is and "
                                 "orn-init is not started")
                                  .arg(carried, hostname);
-        insertText(line);
+        _pane->append(line);
         _journal.hostnameDiffers(hostname, carried, line);
         return false;
     }
@@ -317,91 +276,14 @@ void InitServerDialog::readProcessOutput(int channel)
     _process.setReadChannel(QProcess::ProcessChannel(channel));
     const QString text = outputText(_process.readAll());
     _journal.output(text, channel == QProcess::StandardError);
-    appendToPane(removeTrailingNewlines(text));
+    _pane->append(removeTrailingNewlines(text));
 }
 
 bool InitServerDialog::stepFailed(const char *step, const QString &line)
 {
-    insertText(line);
+    _pane->append(line);
     _journal.stepFailed(step, line);
     return false;
-}
-
-void InitServerDialog::insertText(const QString &text)
-{
-    appendToPane(text);
-}
-
-void InitServerDialog::appendToPane(const QString &text)
-{
-    _pendingOutput.append(text);
-    // While slices wait, the timer shows them, in order.
-    if (!_outputTimer.isActive())
-        showPendingOutput();
-}
-
-void InitServerDialog::showPendingOutput()
-{
-    QElapsedTimer clock;
-    clock.start();
-    // An append takes about as long as the one before it: the turn comes before one that would
-    // run past the budget rather than after it. The first append of a slice always goes ahead.
-    qint64 appendNs = 0;
-    while (!_pendingOutput.isEmpty()) {
-        if (appendNs > 0 && clock.nsecsElapsed() + appendNs > sliceBudgetMs * 1000000LL) {
-            _outputTimer.start();
-            // The event loop's next turn paints the pane only when a frame is due, and not after
-            // a slice that ran long (the text document now and then copies its tables whole):
-            // then it waits a turn.
-            const bool paint = (!_lastFrame.isValid() || _lastFrame.hasExpired(frameMs)) &&
-                               !clock.hasExpired(2 * sliceBudgetMs);
-            if (paint)
-                _lastFrame.start();
-            _ui->_plainTextEdit->setUpdatesEnabled(paint);
-            return;
-        }
-        const qint64 before = clock.nsecsElapsed();
-        _ui->_plainTextEdit->appendPlainText(takePendingSlice());
-        // Undo stays enabled, as the pane is defined, but no one can undo in a read-only pane.
-        // Kept, its history (two entries a line) would be copied whole each time it doubles, in
-        // one append of tens of milliseconds at a few hundred thousand lines.
-        _ui->_plainTextEdit->document()->clearUndoRedoStacks();
-        appendNs = clock.nsecsElapsed() - before;
-    }
-    _ui->_plainTextEdit->setUpdatesEnabled(true);
-    _lastFrame.invalidate();
-    if (std::exchange(_finishAfterOutput, false))
-        initFinished();
-}
-
-QString InitServerDialog::takePendingSlice()
-{
-    // Many paragraphs go in one append: a paragraph separator starts a line as a further append
-    // would, and unlike a line feed it never pairs with a CR before it. An empty pane takes an
-    // empty paragraph as no line at all, so nothing separates it from what follows.
-    const QChar separator(QChar::ParagraphSeparator);
-    const bool paneEmpty = _ui->_plainTextEdit->document()->isEmpty();
-    QString slice;
-    int lines = sliceLines, chars = sliceChars;
-    for (bool first = true; !_pendingOutput.isEmpty() && lines > 0 && chars > 0; first = false) {
-        const QString &text = _pendingOutput.constFirst();
-        const int end = pieceEnd(text, _pendingFrom, lines, chars, first);
-        if (end < 0)
-            break;
-        if (!first && !(paneEmpty && slice.isEmpty()))
-            slice += separator;
-        const QStringRef piece = text.midRef(_pendingFrom, end - _pendingFrom);
-        slice += piece;
-        lines -= piece.count(QLatin1Char('\n')) + 1;
-        chars -= piece.size() + 1;
-        if (end < text.size()) {
-            _pendingFrom = end + 1;
-            break;
-        }
-        _pendingOutput.removeFirst();
-        _pendingFrom = 0;
-    }
-    return slice;
 }
 
 void InitServerDialog::removePasswordFile()
@@ -429,6 +311,12 @@ void InitServerDialog::endRun()
     if (std::exchange(_runEnded, true))
         return;
     _journal.ended(outcome());
+}
+
+void InitServerDialog::outputShown()
+{
+    if (std::exchange(_finishAfterOutput, false))
+        initFinished();
 }
 
 // A tool that never ran, or was killed, has no exit code to believe.
@@ -477,7 +365,7 @@ void InitServerDialog::initFinished()
 {
     // The run itself ends after the tool's last output has been shown.
     endRun();
-    if (!_pendingOutput.isEmpty()) {
+    if (_pane->hasPending()) {
         _finishAfterOutput = true;
         return;
     }
@@ -508,7 +396,7 @@ void InitServerDialog::buttonClicked(QAbstractButton *button)
         _process.close();
         // After the last of the tool's output, which otherwise just breaks off.
         if (std::holds_alternative<RunJournal::Aborted>(outcome()))
-            appendToPane(abortedText());
+            _pane->append(abortedText());
         initFinished();
     } else {
         close();

@@ -5,11 +5,9 @@
 #include "runjournal.h"
 
 #include <QDialog>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QMap>
 #include <QStringList>
-#include <QTimer>
 #include <QVariant>
 
 #include <optional>
@@ -17,6 +15,7 @@
 
 #include <sys/types.h>
 
+class OutputPaneFeeder;
 class QAbstractButton;
 
 namespace Ui {
@@ -57,7 +56,6 @@ public slots:
 
 private slots:
     void readProcessOutput(int channel);
-    void insertText(const QString &text);
     void initFinished();
     void buttonClicked(QAbstractButton *button);
 
@@ -86,13 +84,11 @@ private:
     RunJournal::Outcome outcome() const;
     QString outcomeText() const;
     static QString abortedText();
-    // Appends `text` to the pane as one paragraph, after the output still waiting to be shown.
-    void appendToPane(const QString &text);
-    void showPendingOutput();
-    // The next append's text: the oldest waiting output, as much as one append may take.
-    QString takePendingSlice();
+    // The pane shows everything it was given: a run whose tool has ended ends now.
+    void outputShown();
 
     Ui::InitServerDialog *_ui;
+    OutputPaneFeeder *_pane;
     GroupLeaderProcess _process;
     QFile _tempFile;
     QMap<QString, QVariant> _request;
@@ -100,12 +96,6 @@ private:
     std::optional<std::pair<dev_t, ino_t>> _passwordFile;
     // Why the tool was not started; empty once it has been asked to start.
     QString _withheldBecause;
-    // Paragraphs on their way into the pane, oldest first; the first from _pendingFrom on.
-    QStringList _pendingOutput;
-    int _pendingFrom = 0;
-    QTimer _outputTimer;
-    // When the pane last got to paint while output was waiting.
-    QElapsedTimer _lastFrame;
     // The tool has ended; the run ends once the pane shows everything it said.
     bool _finishAfterOutput = false;
     RunJournal _journal;

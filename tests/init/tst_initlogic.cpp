@@ -1,8 +1,10 @@
 // What the initialisation run decides without touching the host: the request, the rewritten
-// /etc/hosts and the text shown for a chunk of the tool's output.
+// /etc/hosts, the text shown for a chunk of the tool's output and how a flood of it is cut up on
+// its way into the pane.
 #include "hostsfile.h"
 #include "initrequest.h"
 #include "initserverdialog.h"
+#include "outputpanefeeder.h"
 
 #include <QPlainTextEdit>
 #include <QtTest>
@@ -37,21 +39,41 @@ private slots:
               "paragraph");
     }
 
+    void pieceEnd_data();
+    void pieceEnd()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, from);
+        QFETCH(int, lines);
+        QFETCH(int, chars);
+        QFETCH(bool, forced);
+        QTEST(::pieceEnd(text, from, lines, chars, forced), "end");
+    }
+
     // A flood reaches the pane in slices, with the event loop between them: the pane's text is
-    // still that of appending each paragraph whole.
+    // still that of appending each paragraph whole, and all of it is there once the feeder says
+    // it has drained.
     void paneSlices_data();
     void paneSlices()
     {
         QFETCH(QString, text);
-        InitServerDialog dialog({});
-        const auto *pane = dialog.findChild<QPlainTextEdit *>("_plainTextEdit");
-        QPlainTextEdit whole;
+        QPlainTextEdit pane, whole;
+        OutputPaneFeeder feeder(&pane);
+        QString shownWhenDrained;
+        connect(&feeder, &OutputPaneFeeder::drained,
+                [&] { shownWhenDrained = pane.toPlainText(); });
         for (const QString &paragraph : {QString("first"), text, QString("last")}) {
-            QVERIFY(QMetaObject::invokeMethod(&dialog, "insertText", Q_ARG(QString, paragraph)));
+            feeder.append(paragraph);
             whole.appendPlainText(paragraph);
         }
-        QTRY_COMPARE(pane->toPlainText(), whole.toPlainText());
-        QCOMPARE(pane->document()->blockCount(), whole.document()->blockCount());
+        QTRY_VERIFY(!feeder.hasPending());
+        QCOMPARE(pane.toPlainText(), whole.toPlainText());
+        QCOMPARE(pane.document()->blockCount(), whole.document()->blockCount());
+        QCOMPARE(shownWhenDrained, whole.toPlainText());
+        // It paints again, and keeps undo enabled but with no history to copy.
+        QVERIFY(pane.updatesEnabled());
+        QVERIFY(pane.isUndoRedoEnabled());
+        QVERIFY(!pane.document()->isUndoAvailable());
     }
 };
 
@@ -111,6 +133,37 @@ void TestInitLogic::outputParagraph_data()
     QTest::newRow("inner line feeds kept") << QByteArray("a\n\nb\n") << "a\n\nb";
     QTest::newRow("NUL ends the text") << QByteArray("ab\0cd\n", 6) << "ab";
     QTest::newRow("UTF-8") << QString("Готово\n").toUtf8() << "Готово";
+}
+
+void TestInitLogic::pieceEnd_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("lines");
+    QTest::addColumn<int>("chars");
+    QTest::addColumn<bool>("forced");
+    QTest::addColumn<int>("end"); // -1: no piece
+    const bool forced = true, unforced = false;
+    const auto row = [](const char *name, const char *text, int from, int lines, int chars,
+                        bool force, int end) {
+        QTest::newRow(name) << QString(text) << from << lines << chars << force << end;
+    };
+    // clang-format off
+    //                                                 text          from lines chars          end
+    row("the rest fits: to the text's end",            "ab\ncd",      0,  2,   5,   unforced,  5);
+    row("a line too many: the last line feed within",  "a\nb\nc",     0,  2,   9,   unforced,  3);
+    row("a character too many: the last within",       "ab\ncd\nef",  0,  9,   5,   unforced,  5);
+    row("lines and characters count from `from` on",   "xx\nab\ncd",  3,  1,   3,   unforced,  5);
+    row("no cut between CR and LF",                    "a\r\nb\nc",   0,  1,   9,   unforced, -1);
+    row("forced past a CR LF to the next line feed",   "a\r\nb\nc",   0,  1,   9,   forced,    4);
+    row("CR LF pairs whole when the rest fits",        "a\r\nb\r\n",  0,  3,   9,   unforced,  6);
+    row("an empty line is no piece",                   "\nab",        0,  1,   9,   unforced, -1);
+    row("forced past an empty line",                   "\nab\ncd",    0,  1,   9,   forced,    3);
+    row("a long first line: no piece unforced",        "abcdef\ngh",  0,  9,   3,   unforced, -1);
+    row("a long first line: forced to its line feed",  "abcdef\ngh",  0,  9,   3,   forced,    6);
+    row("no line feed: forced to the text's end",      "abcdef",      0,  9,   3,   forced,    6);
+    row("no line feed: no piece unforced",             "abcdef",      0,  9,   3,   unforced, -1);
+    // clang-format on
 }
 
 void TestInitLogic::paneSlices_data()
