@@ -63,32 +63,33 @@ InitServerDialog::~InitServerDialog()
 
 QString InitServerDialog::runCommand(const QString &program, const QStringList &arguments)
 {
-    const QString failure = QStringLiteral("%1: %2 %3");
-    const QString joined = arguments.join(QLatin1Char(' '));
     QProcess process;
     if (!SystemProgram::prepare(process, program, arguments))
-        return failure.arg(tr("Process start error"), program, joined);
+        return commandFailure(false, program, arguments);
     process.start(QIODevice::ReadWrite);
     process.closeWriteChannel();
-    if (!process.waitForStarted(commandTimeoutMs)) {
-        if (process.state() != QProcess::NotRunning) {
-            process.kill();
-            process.waitForFinished();
-        }
-        return failure.arg(tr("Process start error"), program, joined);
-    }
-    if (!process.waitForFinished(commandTimeoutMs)) {
-        if (process.state() != QProcess::NotRunning) {
-            process.kill();
-            process.waitForFinished();
-        }
-        return failure.arg(tr("Process finish error"), program, joined);
+    const bool started = process.waitForStarted(commandTimeoutMs);
+    if (!started || !process.waitForFinished(commandTimeoutMs)) {
+        // Stuck on the way in or at work: either way it is ended and reaped here (both calls do
+        // nothing to a process that is not running).
+        process.kill();
+        process.waitForFinished();
+        return commandFailure(started, program, arguments);
     }
     // A crash leaves the signal's number as the exit code, so the code alone decides.
     if (process.exitCode() == 0)
         return QString();
     return QStringLiteral("Process %1 %2 finished with error: %3")
-        .arg(program, joined, QString::fromLocal8Bit(process.readAllStandardError()));
+        .arg(program, arguments.join(QLatin1Char(' ')),
+             QString::fromLocal8Bit(process.readAllStandardError()));
+}
+
+QString InitServerDialog::commandFailure(bool started, const QString &program,
+                                         const QStringList &arguments)
+{
+    return QStringLiteral("%1: %2 %3")
+        .arg(started ? tr("Process finish error") : tr("Process start error"), program,
+             arguments.join(QLatin1Char(' ')));
 }
 
 QString InitServerDialog::outputText(const QByteArray &chunk)
@@ -230,7 +231,7 @@ void InitServerDialog::startInitTool()
     // The locale only: KRB5CCNAME, DBUS_SYSTEM_BUS_ADDRESS and the like of whoever started the
     // console must not steer the tool.
     if (!SystemProgram::prepare(_process, toolName, arguments)) {
-        stepFailed("tool", startError());
+        stepFailed("tool", commandFailure(false, toolName, _process.arguments()));
         withholdTool(QStringLiteral("%1 is not in %2").arg(toolName, SystemProgram::searchPath()));
         return;
     }
@@ -255,14 +256,8 @@ void InitServerDialog::toolFailedToStart(QProcess::ProcessError error)
     // The one failure that no finished notification follows.
     if (error != QProcess::FailedToStart)
         return;
-    stepFailed("tool", startError());
+    stepFailed("tool", commandFailure(false, toolName, _process.arguments()));
     initFinished();
-}
-
-QString InitServerDialog::startError() const
-{
-    return QStringLiteral("%1: %2 %3")
-        .arg(tr("Process start error"), toolName, _process.arguments().join(QLatin1Char(' ')));
 }
 
 void InitServerDialog::withholdTool(const QString &why)

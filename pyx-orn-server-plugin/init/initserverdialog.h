@@ -69,7 +69,9 @@ private:
     bool writePasswordFile();
     void startInitTool();
     void toolFailedToStart(QProcess::ProcessError error);
-    QString startError() const;
+    // The pane's line for a program that could not be started, or that did not finish in time.
+    static QString commandFailure(bool started, const QString &program,
+                                  const QStringList &arguments);
     // The run ends, as a failed one, without the tool: its start would not be sound.
     void withholdTool(const QString &why);
     // A step's failure: one line in the pane and in the journal. Returns false.
