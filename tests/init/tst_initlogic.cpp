@@ -175,8 +175,9 @@ void TestInitLogic::paneSlices_data()
         << QString(65535, 'x') + "\r\n" + QString("y\r\ny\n").repeated(30000);
     QTest::newRow("CR LF where a slice's lines end")
         << QString("a\n").repeated(999) + "b\r\n" + QString("c\n").repeated(3000);
+    // Long enough to be still waiting when the next paragraph comes, which then joins its slice.
     QTest::newRow("CR at the end, before the next paragraph")
-        << QString("y\n").repeated(3000) + "\r";
+        << QString("y\n").repeated(100000) + "\r";
     QTest::newRow("one long line") << QString(40000, 'x');
 }
 
