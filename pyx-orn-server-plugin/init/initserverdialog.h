@@ -90,6 +90,7 @@ private:
     void outputShown();
 
     Ui::InitServerDialog *_ui;
+    // Every line the run shows goes through it, in order, into the form's pane.
     OutputPaneFeeder *_pane;
     GroupLeaderProcess _process;
     QFile _tempFile;
