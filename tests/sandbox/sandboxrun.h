@@ -45,16 +45,6 @@ inline SandboxRun runSandbox(const QStringList &options, const QStringList &comm
                       sandboxServices + options + QStringList{"--"} + command);
 }
 
-// Where the sandbox cannot run (not root, or no namespaces), sandbox/run and the test executables
-// return 77, which CTest counts as a skip.
-inline bool sandboxAvailable()
-{
-    const SandboxRun probe = runSandbox({}, {"true"});
-    if (probe.exitCode == 77)
-        std::fprintf(stderr, "SKIP: %s", probe.err.constData());
-    return probe.exitCode != 77;
-}
-
 // A test program that must run on the simulated host starts itself again inside sandbox/run and
 // returns what the inner run returned (77, no sandbox here, passes through as a skip).
 // Returns -1 when this process already runs inside.
