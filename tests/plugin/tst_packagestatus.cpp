@@ -1,5 +1,7 @@
+#include "nodetreemodel.h"
 #include "ornserverplugin.h"
 #include "packagestatus.h"
+#include "pluginregistry.h"
 #include "simulatedtools.h"
 
 #include <QApplication>
@@ -8,7 +10,8 @@
 Q_DECLARE_METATYPE(PackageStatus)
 
 // dpkg-query is the system's own, on packages that dpkg brought to each state; a stand-in over it
-// records each call. The program starts itself again inside sandbox/run.
+// records each call. The built plug-in and the fixtures the console must refuse are met through
+// Qt's plug-in loader. The program starts itself again inside sandbox/run.
 class TestPackageStatus : public QObject
 {
     Q_OBJECT
@@ -45,19 +48,27 @@ class TestPackageStatus : public QObject
 
     const QByteArray m_path = qgetenv("PATH");
     QByteArray m_states = "unknown";
+    QString m_listing;
 
 private slots:
+    void initTestCase()
+    {
+        QProcess console;
+        console.start(PYX_CONSOLE, {"--list-plugins", "--plugin-dir", PYX_FIXTURE_PLUGIN_DIR});
+        QVERIFY(console.waitForFinished(30000));
+        QCOMPARE(console.exitCode(), 0);
+        m_listing = '\n' + QString::fromUtf8(console.readAllStandardOutput());
+    }
+
     void classify_data()
     {
         QTest::addColumn<QByteArray>("output");
         QTest::addColumn<PackageStatus>("status");
-        const auto yes = PackageStatus::Installed, no = PackageStatus::NotInstalled;
-        const QByteArray ok = "p\t1\tinstall ok installed";
-        QTest::newRow("installed") << ok << yes;
-        QTest::newRow("unpacked") << QByteArray("p\t1\tinstall ok unpacked") << yes;
-        QTest::newRow("hold") << QByteArray("p\t1\thold ok installed") << no;
-        QTest::newRow("empty") << QByteArray() << no;
-        QTest::newRow("text ends at NUL") << QByteArray(ok + '\0' + "\tmore") << yes;
+        // An installed, a half-configured and an empty answer reach it through query().
+        QTest::newRow("hold") << QByteArray("p\t1\thold ok installed")
+                              << PackageStatus::NotInstalled;
+        QTest::newRow("text ends at NUL")
+            << QByteArray("p\t1\tinstall ok installed\0\tmore", 30) << PackageStatus::Installed;
     }
 
     void classify()
@@ -71,30 +82,29 @@ private slots:
         QTest::addColumn<QByteArray>("states");
         QTest::addColumn<QByteArray>("mode");
         QTest::addColumn<PackageStatus>("status");
-        const QByteArray installed = "orn-server-common installed", none;
-        QTest::newRow("installed") << installed << none << PackageStatus::Installed;
-        QTest::newRow("unknown, exit 1") << none << none << PackageStatus::NotInstalled;
-        QTest::newRow("postinst failed")
-            << QByteArray("orn-server-common half-configured") << none << PackageStatus::Installed;
-        QTest::newRow("removed, conffile kept")
-            << QByteArray("orn-server-common config-files") << none << PackageStatus::NotInstalled;
+        const auto row = [](const char *name, const QByteArray &states, const QByteArray &mode,
+                            PackageStatus status) {
+            QTest::newRow(name) << states << mode << status;
+        };
+        const QByteArray installed = "orn-server-common installed";
+        const auto yes = PackageStatus::Installed, no = PackageStatus::NotInstalled,
+                   failed = PackageStatus::Failed;
+        row("installed", installed, {}, yes);
+        row("unknown, exit 1", {}, {}, no);
+        row("postinst failed", "orn-server-common half-configured", {}, yes);
+        row("removed, conffile kept", "orn-server-common config-files", {}, no);
         // Both records come without a line between them: not one package's answer.
-        QTest::newRow("two architectures")
-            << QByteArray(installed + " orn-server-common:i386 installed") << none
-            << PackageStatus::NotInstalled;
-        QTest::newRow("crash") << installed << QByteArray("crash") << PackageStatus::Failed;
-        QTest::newRow("planted on PATH")
-            << none << QByteArray("planted") << PackageStatus::NotInstalled;
-        QTest::newRow("missing") << installed << QByteArray("missing") << PackageStatus::Failed;
-        QTest::newRow("not executable")
-            << installed << QByteArray("not executable") << PackageStatus::Failed;
-        QTest::newRow("exit 2") << installed << QByteArray("exit:2") << PackageStatus::NotInstalled;
+        row("two architectures", installed + " orn-server-common:i386 installed", {}, no);
+        row("crash", installed, "crash", failed);
+        row("planted on PATH", {}, "planted", no);
+        row("missing", installed, "missing", failed);
+        row("not executable", installed, "not executable", failed);
+        row("exit 2", installed, "exit:2", no);
         // Lines without tabs only lengthen the first field; the answer after them is read.
-        QTest::newRow("a megabyte before the answer")
-            << installed << QByteArray("flood:1") << PackageStatus::Installed;
+        row("a megabyte before the answer", installed, "flood:1", yes);
         // Waits out the 30 s limit; ctest runs it on its own, labelled slow.
         if (qEnvironmentVariableIsSet("PYX_PACKAGE_SLOW"))
-            QTest::newRow("hang") << installed << QByteArray("hang") << PackageStatus::Failed;
+            row("hang", installed, "hang", failed);
     }
 
     void query()
@@ -134,6 +144,58 @@ private slots:
         simulate(states);
         QTEST(OrnServerPlugin().isValid(), "valid");
         QTEST(int(log().count('\n')), "asked");
+    }
+
+    // The interface identifier, the instance and its cast to the interface are the registry's
+    // to check (refused), and disabledWithoutPackages gets the plug-in from it.
+    void metadata()
+    {
+        const QJsonObject metaData = QPluginLoader(PYX_PLUGIN_FILE).metaData();
+        QCOMPARE(metaData.value("className").toString(), QString("OrnServerPlugin"));
+        QCOMPARE(metaData.value("MetaData").toObject(), QJsonObject());
+    }
+
+    void refused_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("reason");
+        // Prefixes: what follows is Qt's wording. The console expects the IID that the plug-in
+        // must carry to be taken.
+        QTest::newRow("wrong IID")
+            << "wrong-iid"
+            << "Unsupported interface \"vex-admin-pyx/9.9\"; expected \"vex-admin-pyx/0.0\"";
+        QTest::newRow("no interface") << "no-interface"
+                                      << "The plug-in object does not implement";
+        QTest::newRow("not a plug-in") << "not-a-plugin"
+                                       << "Not a plug-in:";
+    }
+
+    // The console prints the registry's reason for each file; these reasons come only where it
+    // kept no plug-in.
+    void refused()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, reason);
+        const QString path = PYX_FIXTURE_PLUGIN_DIR "/libfixture-" + file + ".so";
+        QVERIFY2(m_listing.contains('\n' + path + '\t' + reason), qPrintable(m_listing));
+    }
+
+    void disabledWithoutPackages()
+    {
+        simulate({});
+        PluginRegistry registry;
+        const PluginEntry entry = registry.loadFile(PYX_PLUGIN_FILE);
+        QVERIFY(entry.plugin && !entry.enabled);
+        QCOMPARE(entry.reason, QString("The plug-in cannot work on this machine"));
+
+        NodeTreeModel model;
+        model.addPlugins(registry);
+        // An index that is not there has no tooltip.
+        const QModelIndex element = model.indexOfType("OrnServer");
+        for (const QModelIndex &index : {model.index(0, 0), model.index(1, 0), element}) {
+            QVERIFY(!(model.flags(index) & Qt::ItemIsEnabled));
+            QCOMPARE(model.data(index, Qt::ToolTipRole).toString(), entry.reason);
+        }
     }
 };
 
