@@ -7,7 +7,8 @@ SCREENSHOTS ?= $(CURDIR)/demo-screenshots
 PACKAGES := cmake make g++ qtbase5-dev qtbase5-private-dev qttools5-dev qttools5-dev-tools \
             libsystemd-dev pkg-config \
             fonts-dejavu-core util-linux iproute2 strace e2fsprogs dbus-daemon qttranslations5-l10n \
-            acl attr systemd dbus
+            acl attr systemd dbus \
+            xvfb openbox at-spi2-core python3-pyatspi
 
 # The Debian packages (make deb) and the suite that installs them need these as well
 # (systemd-tmpfiles, of the systemd above, applies the package's rule).
