@@ -28,6 +28,10 @@ STATES = [
 ]
 
 
+# A longer text, such as the tool's output in the dialog, shows only its start.
+TEXT_SHOWN = 60
+
+
 def relation_name(relation_type):
     return relation_type.value_nick
 
@@ -65,13 +69,20 @@ def relations_of(node):
     return relations
 
 
+def shown(target):
+    """A relation's target as a line shows it: its name, or its role where it has none."""
+    return repr(target.name) if target.name else "[%s]" % target.getRoleName()
+
+
 def describe(node):
     """One line: [role] 'name', then what else a screen reader can learn of the object."""
     words = ["[%s] %r" % (node.getRoleName(), node.name)]
     if node.description:
         words.append("description=%r" % node.description)
-    for relation, targets in relations_of(node):
-        words.append("%s=%s" % (relation, ",".join(repr(name) for name in targets)))
+    for relation in node.getRelationSet():
+        targets = [relation.getTarget(i) for i in range(relation.getNTargets())]
+        words.append("%s=%s" % (relation_name(relation.getRelationType()),
+                                ",".join(shown(target) for target in targets if target)))
     state = node.getState()
     states = [word for word, kind in STATES if state.contains(kind)]
     if not state.contains(pyatspi.STATE_ENABLED):
@@ -79,7 +90,9 @@ def describe(node):
     if states:
         words.append("{%s}" % ", ".join(states))
     text = text_of(node)
-    if text is not None and (text or node.getRole() != pyatspi.ROLE_LABEL):
+    if text is not None and len(text) > TEXT_SHOWN:
+        words.append("text=%r… (%d characters)" % (text[:TEXT_SHOWN], len(text)))
+    elif text is not None and (text or node.getRole() != pyatspi.ROLE_LABEL):
         words.append("text=%r" % text)
     value = value_of(node)
     if value is not None:

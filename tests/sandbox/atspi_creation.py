@@ -246,6 +246,9 @@ def drive():
               % (role, [tree.describe(node) for node in dialog]))
     outcome = dialog.description or find(dialog, pyatspi.ROLE_TEXT).description
     check(outcome, "neither the dialog nor its pane says how the run ended")
+    print("The dialog at the end of the run:")
+    for line in tree.lines(dialog):
+        print("  " + line)
     since = len(focus_windows)
     press(close, "Press")
 
