@@ -5,8 +5,8 @@ object's role and name, then its relations, states, text or value, and actions.
     a11y_tree.py [--all] [--wait SECONDS] [APPLICATION]
 
 APPLICATION is the program's name on the accessibility bus (default pyx-console). Without --all
-only the form is printed, once it has been filled from the host; with it, every window of the
-program. Run it in a session whose accessibility bus the program is on: sandbox/a11y-session
+only the form is printed, once its status has been read from the host (or, where no label names
+the status, after the wait); with it, every window of the program at once. Run it in a session whose accessibility bus the program is on: sandbox/a11y-session
 starts one with the console and runs this by default.
 """
 import sys
@@ -127,16 +127,19 @@ def application(name):
 
 
 def form(app):
-    """The server form: the object that holds the four password fields, once the host's state
-    has been read into it (the status has a value)."""
+    """The server form: the object that holds the four password fields."""
     fields = find_all(app, lambda node: node.getRole() == pyatspi.ROLE_PASSWORD_TEXT)
-    if len(fields) != 4:
-        return None
-    parent = fields[0].parent
-    # A label's name is its text; the status is the one label another labels.
-    status = find_all(parent, lambda node: node.getRole() == pyatspi.ROLE_LABEL
-                      and node.name and dict(relations_of(node)).get("labelled-by"))
-    return parent if status else None
+    return fields[0].parent if len(fields) == 4 else None
+
+
+def status(form_node):
+    """The form's status once the host's state has been read into it: the one label of the
+    form's own (not of the network group) that another labels, with a value (a label's name is
+    its text)."""
+    found = [node for node in form_node if node is not None
+             and node.getRole() == pyatspi.ROLE_LABEL and node.name
+             and any(relation == "labelled-by" for relation, _ in relations_of(node))]
+    return found[0] if len(found) == 1 else None
 
 
 def wait_for(what, condition, seconds):
@@ -164,11 +167,15 @@ def main(arguments):
     name = arguments[0] if arguments else "pyx-console"
     try:
         app = wait_for("%s on the accessibility bus" % name, lambda: application(name), seconds)
-        root = app if whole else wait_for("the server form, read from the host",
-                                          lambda: form(app), seconds)
+        root = app if whole else wait_for("the server form", lambda: form(app), seconds)
     except TimeoutError as error:
         print("a11y_tree: %s" % error, file=sys.stderr)
         return 1
+    if not whole:
+        try:
+            wait_for("a labelled status, read from the host", lambda: status(root), seconds)
+        except TimeoutError as error:
+            print("a11y_tree: %s; the form as it is:" % error, file=sys.stderr)
     for line in lines(root):
         print(line)
     return 0

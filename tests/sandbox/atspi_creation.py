@@ -138,8 +138,11 @@ def drive():
 
     app = wait_for("the console on the accessibility bus",
                    lambda: tree.application("pyx-console"), 20)
-    form = wait_for("the server form, read from the host", lambda: tree.form(app), 20)
+    form = wait_for("the server form", lambda: tree.form(app), 20)
     main_window = window_of(form)
+    # The status, named by its label, has a value once the host's state has been read.
+    wait_for("the status value labelled 'Status'", lambda: tree.status(form) is not None
+             and labelled_by(tree.status(form)) == ["Status"], 20)
 
     # Every control a user can reach with Tab has a name, which its label gives.
     for node in tree.find_all(form, lambda node: node.getState().contains(pyatspi.STATE_FOCUSABLE)):
