@@ -5,11 +5,12 @@ simulated host.
     atspi_creation.py BUILD_DIR      the test: the creation in sandbox/run, then the host's checks
     atspi_creation.py --drive        the client's part, inside sandbox/a11y-session
 
-The client types the passwords, checks the custom network group, sets the address, host name and
-domain name through the accessible text and selection interfaces and presses every button
-through its action. It checks that focus reaches each window on the way, and that no event the
-program sends carries a password. Exits with 77 where the sandbox, Xvfb, the window manager, the
-AT-SPI bus or pyatspi is missing.
+The client types two passwords key by key and sets two through the editable text interface,
+checks the custom network group through its action, sets host and domain name through the
+editable text interface and the address with the keyboard, and presses every button through its
+action. It checks the controls' names and labels, that focus reaches each window on the way, and
+that no event the program sends carries a password. Exits with 77 where the sandbox, Xvfb, the
+window manager, the AT-SPI bus or pyatspi is missing.
 """
 import os
 import subprocess
