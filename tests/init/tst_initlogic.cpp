@@ -128,6 +128,12 @@ void TestInitLogic::outputParagraph_data()
     QTest::newRow("split sequence, first part") << QByteArray("ok\x1b[1;3") << "ok\x1b[1;3";
     QTest::newRow("split sequence, second part") << QByteArray("2mdone\n") << "2mdone";
     QTest::newRow("sequence across a line feed") << QByteArray("a\x1b[\n1m") << "a";
+    QTest::newRow("five characters are no sequence") << QByteArray("\x1b[12345m") << "\x1b[12345m";
+    QTest::newRow("the longest sequence first") << QByteArray("\x1b[abmm x") << " x";
+    // One pass: a sequence that a removal joins from the pieces around it stays.
+    QTest::newRow("joined sequence kept") << QByteArray("\x1b\x1b[12m[34m") << "\x1b[34m";
+    // Code points, never halves of a surrogate pair: three emoji are three characters.
+    QTest::newRow("characters, not UTF-16 units") << QString("\x1b[😀😀😀m ok").toUtf8() << " ok";
     QTest::newRow("line feeds only") << QByteArray("\n\n\n") << "";
     QTest::newRow("CR LF keeps the CR") << QByteArray("done\r\n") << "done\r";
     QTest::newRow("inner line feeds kept") << QByteArray("a\n\nb\n") << "a\n\nb";
