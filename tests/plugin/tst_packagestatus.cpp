@@ -67,6 +67,9 @@ private slots:
         // An installed, a half-configured and an empty answer reach it through query().
         QTest::newRow("hold") << QByteArray("p\t1\thold ok installed")
                               << PackageStatus::NotInstalled;
+        // dpkg writes its states in lower case; anything else is no answer of its.
+        QTest::newRow("capitals") << QByteArray("p\t1\tInstall ok installed")
+                                  << PackageStatus::NotInstalled;
         QTest::newRow("text ends at NUL")
             << QByteArray("p\t1\tinstall ok installed\0\tmore", 30) << PackageStatus::Installed;
     }
